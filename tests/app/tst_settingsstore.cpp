@@ -1,0 +1,103 @@
+#include "GlobalConstants.h"
+#include "SettingsStore.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTest>
+
+// The settings store writes through to disk, so values outlive the process.
+class TestSettingsStore : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)).removeRecursively();
+    }
+
+    void roundTrip_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("value");
+        QTest::newRow("folder") << kProductKey << kDownLoadPath << "/home/u/照片/";
+        QTest::newRow("flag") << kProductKey << kDirectClose << "1";
+        QTest::newRow("autostart") << kAutostartKey << kProductName << "/opt/melo//MELO.exe";
+        QTest::newRow("empty value") << kProductKey << kChannel << "";
+        QTest::newRow("equals and semicolon") << kProductKey << "odd" << "a=b;c \"d\"";
+    }
+    void roundTrip()
+    {
+        QFETCH(QString, key);
+        QFETCH(QString, name);
+        QFETCH(QString, value);
+        writeSettingValue(key, name, value);
+        QCOMPARE(readSettingValue(key, name), value);
+    }
+
+    void absentReadsEmpty()
+    {
+        QCOMPARE(readSettingValue(kProductKey, "neverWritten"), QString());
+        QCOMPARE(readSettingValue("HKEY_LOCAL_MACHINE\\SOFTWARE\\Nobody\\Here", kDisplayVersion), QString());
+        // Reading must not create the key.
+        QVERIFY(!QFileInfo::exists(settingsFileForKey("HKEY_LOCAL_MACHINE\\SOFTWARE\\Nobody\\Here")));
+    }
+
+    void keysAreSeparate()
+    {
+        writeSettingValue(kProductKey, "MELO", "product");
+        writeSettingValue(kAutostartKey, "MELO", "autostart");
+        QCOMPARE(readSettingValue(kProductKey, "MELO"), QString("product"));
+        QCOMPARE(readSettingValue(kAutostartKey, "MELO"), QString("autostart"));
+        removeSettingValue(kProductKey, "MELO");
+        QCOMPARE(readSettingValue(kProductKey, "MELO"), QString());
+        QCOMPARE(readSettingValue(kAutostartKey, "MELO"), QString("autostart"));
+    }
+
+    void fileMirrorsKeyPath()
+    {
+        const QString file = settingsFileForKey(kProductKey);
+        QVERIFY(file.endsWith("/HKEY_LOCAL_MACHINE/SOFTWARE/WOW6432Node/Microsoft/Windows/"
+                              "CurrentVersion/Uninstall/MELO.ini"));
+        QVERIFY(file.startsWith(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)));
+        // Start-up deletes the per-user data folder; the store must not live there.
+        QVERIFY(!file.startsWith(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)));
+        // A hostile key path cannot climb out of the store.
+        QVERIFY(!settingsFileForKey("HKEY_LOCAL_MACHINE\\..\\..\\x").contains("/../"));
+    }
+
+    void survivesProcessRestart()
+    {
+        const QString self = QCoreApplication::applicationFilePath();
+        QCOMPARE(QProcess::execute(self, {"--child-write", "restartValue", "写入 42"}), 0);
+        QCOMPARE(readSettingValue(kProductKey, "restartValue"), QString("写入 42"));
+        writeSettingValue(kProductKey, "restartValue", "second");
+        QProcess reader;
+        reader.start(self, {"--child-read", "restartValue"});
+        QVERIFY(reader.waitForFinished(10000));
+        QCOMPARE(QString::fromUtf8(reader.readAllStandardOutput()), QString("second"));
+    }
+};
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    if (argc == 4 && QByteArray(argv[1]) == "--child-write") {
+        QStandardPaths::setTestModeEnabled(true);
+        writeSettingValue(kProductKey, QString::fromUtf8(argv[2]), QString::fromUtf8(argv[3]));
+        return 0;
+    }
+    if (argc == 3 && QByteArray(argv[1]) == "--child-read") {
+        QStandardPaths::setTestModeEnabled(true);
+        fputs(readSettingValue(kProductKey, QString::fromUtf8(argv[2])).toUtf8().constData(), stdout);
+        return 0;
+    }
+    TestSettingsStore test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_settingsstore.moc"

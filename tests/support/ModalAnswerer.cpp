@@ -1,0 +1,115 @@
+#include "ModalAnswerer.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QFileDialog>
+#include <QTest>
+
+ModalAnswerer::ModalAnswerer(QObject* parent) : QObject(parent)
+{
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    m_timer.setInterval(10);
+    connect(&m_timer, &QTimer::timeout, this, &ModalAnswerer::poll);
+    m_timer.start();
+}
+
+ModalAnswerer::~ModalAnswerer() = default;
+
+void ModalAnswerer::answer(QMessageBox::StandardButton button)
+{
+    handle([button](QWidget* w) {
+        auto* box = qobject_cast<QMessageBox*>(w);
+        if (box && box->button(button)) {
+            box->button(button)->click();
+        } else if (auto* dlg = qobject_cast<QDialog*>(w)) {
+            dlg->reject();
+        } else {
+            w->close();
+        }
+    });
+}
+
+void ModalAnswerer::handle(Handler handler)
+{
+    m_queue.enqueue(std::move(handler));
+}
+
+void ModalAnswerer::chooseFile(const QString& path)
+{
+    handle([path](QWidget* w) {
+        auto* dlg = qobject_cast<QFileDialog*>(w);
+        if (!dlg) {
+            w->close();
+            return;
+        }
+        if (path.isEmpty()) {
+            dlg->reject();
+            return;
+        }
+        if (dlg->fileMode() == QFileDialog::Directory)
+            dlg->setDirectory(path);
+        else
+            dlg->selectFile(path);
+        // QFileDialog::accept() is protected; the dialog's own slot is not.
+        QMetaObject::invokeMethod(dlg, "accept");
+    });
+}
+
+int ModalAnswerer::unexpectedCount() const
+{
+    int n = 0;
+    for (const Seen& s : m_seen)
+        n += s.expected ? 0 : 1;
+    return n;
+}
+
+bool ModalAnswerer::waitAllAnswered(int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!m_queue.isEmpty() && clock.elapsed() < timeoutMs)
+        QTest::qWait(10);
+    return m_queue.isEmpty();
+}
+
+void ModalAnswerer::clear()
+{
+    m_queue.clear();
+    m_seen.clear();
+}
+
+void ModalAnswerer::poll()
+{
+    QWidget* w = QApplication::activeModalWidget();
+    if (!w || w == m_current || !w->isVisible())
+        return;
+    m_current = w;
+
+    Seen seen;
+    seen.className = QString::fromLatin1(w->metaObject()->className());
+    seen.title = w->windowTitle();
+    if (auto* box = qobject_cast<QMessageBox*>(w))
+        seen.text = box->text();
+    seen.expected = !m_queue.isEmpty();
+    m_seen.append(seen);
+
+    Handler handler;
+    if (!m_queue.isEmpty()) {
+        handler = m_queue.dequeue();
+    } else {
+        handler = [](QWidget* widget) {
+            if (auto* dlg = qobject_cast<QDialog*>(widget))
+                dlg->reject();
+            else
+                widget->close();
+        };
+    }
+    // Run outside the timer slot, inside the dialog's own event loop.
+    QPointer<QWidget> target = w;
+    QTimer::singleShot(0, this, [handler, target]() {
+        if (target)
+            handler(target);
+    });
+}
