@@ -25,7 +25,7 @@ const Choice kChoices[] = {
     {"黑白影调_camera.png", "camera.png"},
 };
 
-const char kAvatarSample[] = "chelsea.png";
+const char kAvatarSample[] = "coffee.png";
 constexpr int kAvatarSize = 128;
 
 bool readWholeFile(const std::string& path, std::string* bytes)
