@@ -66,7 +66,6 @@ private slots:
         QTest::newRow("404 with body") << false << "/test/status/404" << QByteArray("status 404 body");
         QTest::newRow("500 with body") << false << "/test/status/500" << QByteArray("status 500 body");
         QTest::newRow("zero length") << false << "/test/empty" << QByteArray();
-        QTest::newRow("chunked") << false << "/test/chunked?bytes=100000" << TestService::generatedBody(100000);
         // Self-signed certificate: accepted, nothing is verified.
         QTest::newRow("3 MB over https") << true << "/test/large?bytes=3000000"
                                          << TestService::generatedBody(3000000);

@@ -25,6 +25,7 @@ const struct {
     {"/web/member/index", "member.html"},
     {"/web/combo/index", "combo.html"},
     {"/help/index.html", "help.html"},
+    {"/placeholder.css", "placeholder.css"},
 };
 
 // Waits in short steps so a shutdown is not held up.
@@ -125,7 +126,9 @@ void addPageRoutes(httplib::Server& server, ServiceContext& context)
 {
     for (const auto& page : kPages) {
         const std::string file = context.pagesDir + "/" + page.file;
-        server.Get(page.path, [file](const httplib::Request&, httplib::Response& res) {
+        const bool css = file.size() > 4 && file.compare(file.size() - 4, 4, ".css") == 0;
+        const char* type = css ? "text/css; charset=utf-8" : kHtml;
+        server.Get(page.path, [file, type](const httplib::Request&, httplib::Response& res) {
             // Read at every request: an edited page shows without a restart.
             std::ifstream in(file, std::ios::binary);
             if (!in) {
@@ -134,7 +137,7 @@ void addPageRoutes(httplib::Server& server, ServiceContext& context)
                 return;
             }
             res.set_content(std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()),
-                            kHtml);
+                            type);
         });
     }
 }
