@@ -1,0 +1,89 @@
+#include "DownLoadTarget.h"
+
+#include "GlobalConstants.h"
+#include "SettingsStore.h"
+
+#include <QCoreApplication>
+#include <QRegularExpression>
+#include <QSaveFile>
+
+namespace {
+const QChar kBatchSeparator = QLatin1Char('|');
+}
+
+DownloadBatch splitDownloadBatch(const QString& urls, const QString& names)
+{
+    DownloadBatch batch;
+    QString restUrls = urls;
+    QString restNames = names;
+    auto takeName = [&restNames]() {
+        const int cut = restNames.indexOf(kBatchSeparator);
+        if (cut < 0)
+            return restNames;
+        const QString name = restNames.left(cut);
+        restNames = restNames.mid(cut + 1);
+        return name;
+    };
+    int cut;
+    while ((cut = restUrls.indexOf(kBatchSeparator)) >= 0) {
+        batch.urls << restUrls.left(cut);
+        restUrls = restUrls.mid(cut + 1);
+        batch.names << takeName();
+    }
+    if (!restUrls.isEmpty()) {
+        batch.urls << restUrls;
+        batch.names << takeName();
+    }
+    return batch;
+}
+
+QString plainFileName(const QString& name)
+{
+#ifdef Q_OS_WIN
+    // A drive prefix ("C:name") would leave the folder as well.
+    static const QRegularExpression separators(QStringLiteral("[/\\\\:]"));
+#else
+    static const QRegularExpression separators(QStringLiteral("[/\\\\]"));
+#endif
+    const QStringList parts = name.split(separators, Qt::SkipEmptyParts);
+    for (auto it = parts.crbegin(); it != parts.crend(); ++it) {
+        const QString part = it->trimmed();
+        if (!part.isEmpty() && part != QLatin1String(".") && part != QLatin1String(".."))
+            return *it;
+    }
+    return QString();
+}
+
+QString downloadTargetPath(const QString& folder, const QString& name)
+{
+    const QString plain = plainFileName(name);
+    if (plain.isEmpty())
+        return QString();
+    return QStringLiteral("%1//%2").arg(folder, plain);
+}
+
+QString avatarFolder()
+{
+    const QString key = QString::fromUtf8(kProductKey);
+    const QString installed = readSettingValue(key, QString::fromUtf8(kInstallLocation));
+    if (!installed.isEmpty())
+        return installed;
+    const QString folder = QCoreApplication::applicationDirPath();
+    writeSettingValue(key, QString::fromUtf8(kProductName), folder);
+    return folder;
+}
+
+bool writeWholeFile(const QString& path, const std::vector<char>& bytes)
+{
+    if (path.isEmpty())
+        return false;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    const qint64 size = static_cast<qint64>(bytes.size());
+    // An incomplete write is discarded with the temporary file; the target
+    // keeps its previous state.
+    if (size > 0 && file.write(bytes.data(), size) != size)
+        return false;
+    return file.commit();
+}

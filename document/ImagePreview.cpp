@@ -1,0 +1,124 @@
+#include "ImagePreview.h"
+
+#include "GlobalConstants.h"
+#include "JpegSegments.h"
+#include "SettingsStore.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+namespace {
+
+// Scales by one factor for both axes. cv::resize rounds cols * f and rows * f
+// to the nearest integer; a zero-sized result is refused here instead of by
+// an OpenCV assertion.
+cv::Mat scaled(const cv::Mat& src, float factor)
+{
+    if (src.empty())
+        return cv::Mat();
+    const double f = factor;
+    if (cvRound(src.cols * f) < 1 || cvRound(src.rows * f) < 1)
+        return cv::Mat();
+    try {
+        cv::Mat out;
+        cv::resize(src, out, cv::Size(0, 0), f, f, cv::INTER_AREA);
+        return out;
+    } catch (const std::exception&) {  // cv::Exception and std::bad_alloc alike
+        return cv::Mat();
+    }
+}
+
+} // namespace
+
+float previewScale(int cols, int rows)
+{
+    if (cols <= 0 || rows <= 0)
+        return 0.0f;
+    return cols < rows ? kPreviewHeight / rows : kPreviewWidth / cols;
+}
+
+float thumbnailScale(int cols)
+{
+    return cols > 0 ? kThumbnailWidth / cols : 0.0f;
+}
+
+cv::Mat makePreview(const cv::Mat& full)
+{
+    return scaled(full, previewScale(full.cols, full.rows));
+}
+
+cv::Mat makeThumbnail(const cv::Mat& preview)
+{
+    return scaled(preview, thumbnailScale(preview.cols));
+}
+
+int recogniseScene(const QString& path, int current)
+{
+    for (int i = 0; i < kSceneCount; ++i) {
+        // Only the first occurrence is looked at; one at position 0 does not count.
+        if (path.indexOf(QString::fromUtf8(kSceneWords[i])) > 0)
+            return i;
+    }
+    return current;
+}
+
+QString fileNameOf(const QString& path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+QString cutAtLastDot(const QString& fileName)
+{
+    const int dot = fileName.lastIndexOf(QLatin1Char('.'));
+    return dot < 0 ? fileName : fileName.left(dot);
+}
+
+QString cacheFolderFromInstallLocation()
+{
+    const QString location = readSettingValue(kProductKey, kInstallLocation);
+    if (location.isEmpty())
+        return QString();
+    return QStringLiteral("%1//%2//").arg(location, QString::fromUtf8(kCacheFolder));
+}
+
+QString cacheDirectory()
+{
+    const QString dir = cacheFolderFromInstallLocation();
+    if (dir.isEmpty()) {
+        // Not installed: record where the program runs from so later starts find it.
+        writeSettingValue(kProductKey, kProductName,
+                          QStringLiteral("%1").arg(QCoreApplication::applicationDirPath()));
+    }
+    return dir;
+}
+
+QString tempFilePathFor(const QString& cacheDir, const QString& photoPath)
+{
+    return QStringLiteral("%1%2_temp.jpg").arg(cacheDir, cutAtLastDot(fileNameOf(photoPath)));
+}
+
+cv::Mat readImageFile(const QString& path)
+{
+    QFile file(path);
+    if (path.isEmpty() || !file.open(QIODevice::ReadOnly))
+        return cv::Mat();
+    QByteArray bytes;
+    try {
+        bytes = file.readAll();
+    } catch (const std::bad_alloc&) {
+        return cv::Mat();
+    }
+    if (bytes.isEmpty())
+        return cv::Mat();
+    if (isJpeg(bytes) && !jpegDataComplete(bytes))
+        return cv::Mat();
+    try {
+        const cv::Mat buffer(1, bytes.size(), CV_8U, bytes.data());
+        return cv::imdecode(buffer, cv::IMREAD_UNCHANGED);
+    } catch (const std::exception&) {
+        return cv::Mat();
+    }
+}

@@ -1,0 +1,85 @@
+#include "FitRule.h"
+
+#include <QTest>
+
+#include <opencv2/imgcodecs.hpp>
+
+class TestFitRule : public QObject
+{
+    Q_OBJECT
+private slots:
+    void fit_data()
+    {
+        QTest::addColumn<QSize>("image");
+        QTest::addColumn<QSize>("available");
+        QTest::addColumn<QSize>("expected");
+        QTest::newRow("fits, not enlarged") << QSize(1200, 900) << QSize(1545, 990) << QSize(1200, 900);
+        QTest::newRow("too wide") << QSize(1200, 900) << QSize(600, 1000) << QSize(600, 450);
+        QTest::newRow("too tall") << QSize(1200, 900) << QSize(2000, 300) << QSize(400, 300);
+        QTest::newRow("portrait too tall") << QSize(743, 990) << QSize(1065, 718) << QSize(539, 718);
+        // Width first (1065 x 799), then the still too tall result to the height.
+        QTest::newRow("both steps") << QSize(1200, 900) << QSize(1065, 718) << QSize(958, 718);
+    }
+    void fit()
+    {
+        QFETCH(QSize, image);
+        QFETCH(QSize, available);
+        const cv::Mat mat(image.height(), image.width(), CV_8UC3, cv::Scalar(10, 20, 30));
+        QTEST(fittedPixmap(mat, available).size(), "expected");
+    }
+
+    void colourIsRgbAndGreyIsIndexedRamp()
+    {
+        const QImage colour = matToQImage(cv::Mat(2, 3, CV_8UC3, cv::Scalar(10, 20, 30)));
+        QCOMPARE(colour.format(), QImage::Format_RGB888);
+        QCOMPARE(colour.pixel(2, 1), qRgb(30, 20, 10));
+
+        const cv::Mat camera = cv::imread(MELO_SAMPLES_DIR "/camera.png", cv::IMREAD_UNCHANGED);
+        QCOMPARE(camera.channels(), 1);
+        const QImage grey = matToQImage(camera);
+        QCOMPARE(grey.format(), QImage::Format_Indexed8);
+        QCOMPARE(grey.size(), QSize(camera.cols, camera.rows));
+        for (const QPoint p : {QPoint(0, 0), QPoint(100, 200), QPoint(511, 511)}) {
+            const int v = camera.at<uchar>(p.y(), p.x());
+            QCOMPARE(grey.pixel(p), qRgb(v, v, v));
+        }
+    }
+
+    // A region of a larger matrix (as a crop leaves it) keeps its row step,
+    // and the image keeps the pixels alive after the matrix is gone.
+    void greyRegionOutlivesMatrix()
+    {
+        QImage image;
+        {
+            cv::Mat whole(10, 10, CV_8UC1);
+            for (int i = 0; i < 100; ++i)
+                whole.data[i] = uchar(i);
+            image = matToQImage(whole(cv::Rect(2, 3, 5, 4)));
+        }
+        QCOMPARE(image.size(), QSize(5, 4));
+        QCOMPARE(image.pixel(0, 0), qRgb(32, 32, 32));
+        QCOMPARE(image.pixel(4, 3), qRgb(66, 66, 66));
+    }
+
+    void deepImagesScaledTo8Bit()
+    {
+        const cv::Mat board = cv::imread(MELO_SAMPLES_DIR "/chessboard_GRAY_U16.tif", cv::IMREAD_UNCHANGED);
+        QCOMPARE(board.depth(), CV_16U);
+        const QImage image = matToQImage(board);
+        QCOMPARE(image.format(), QImage::Format_Indexed8);
+        for (const QPoint p : {QPoint(0, 0), QPoint(board.cols - 1, 0), QPoint(board.cols / 2, board.rows / 2)})
+            QCOMPARE(qGray(image.pixel(p)), qRound(board.at<ushort>(p.y(), p.x()) * 255.0 / 65535.0));
+        QCOMPARE(matToQImage(cv::Mat(1, 1, CV_16UC3, cv::Scalar(0, 25700, 65535))).pixel(0, 0), qRgb(255, 100, 0));
+        QCOMPARE(matToQImage(cv::Mat(1, 1, CV_32FC1, cv::Scalar(0.5))).pixel(0, 0), qRgb(128, 128, 128));
+    }
+
+    void nothingToShow()
+    {
+        QVERIFY(matToQImage(cv::Mat()).isNull());
+        QVERIFY(fittedPixmap(cv::Mat(), QSize(100, 100)).isNull());
+        QVERIFY(!isShowableMat(cv::Mat(0, 5, CV_8UC3)));
+    }
+};
+
+QTEST_MAIN(TestFitRule)
+#include "tst_fitrule.moc"

@@ -1,0 +1,270 @@
+// The download dialog against the real stand-in service: batches, progress,
+// closing during a transfer, target folders and the messages per kind.
+#include "DownLoadDialog.h"
+#include "DownLoadTarget.h"
+#include "GlobalConstants.h"
+#include "ModalAnswerer.h"
+#include "SettingsStore.h"
+#include "TestService.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPointer>
+#include <QProgressBar>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+const QString kBatchDone = QStringLiteral("多文件下载已经全部完成");
+
+QString key() { return QString::fromUtf8(kProductKey); }
+
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray sampleBytes(const char* name)
+{
+    return fileBytes(QStringLiteral(MELO_SAMPLES_DIR "/") + QLatin1String(name));
+}
+
+} // namespace
+
+class TestDownLoadDialog : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase() { QVERIFY2(m_service.start(), qPrintable(m_service.errorString())); }
+
+    void init()
+    {
+        m_root.reset(new QTemporaryDir);
+        // Two levels deep, so an escaping "../../x" would still land in the root.
+        m_folder = m_root->path() + QStringLiteral("/pictures/saved");
+        QVERIFY(QDir().mkpath(m_folder));
+        writeSettingValue(key(), QString::fromUtf8(kDownLoadPath), m_folder);
+    }
+
+    void batchIsSplit_data()
+    {
+        QTest::addColumn<QString>("urls");
+        QTest::addColumn<QString>("names");
+        QTest::addColumn<QStringList>("expectedUrls");
+        QTest::addColumn<QStringList>("expectedNames");
+        QTest::newRow("three") << "a|b|c" << "x|y|z" << QStringList{"a", "b", "c"} << QStringList{"x", "y", "z"};
+        QTest::newRow("trailing bar") << "a|b|" << "x|y|" << QStringList{"a", "b"} << QStringList{"x", "y"};
+        QTest::newRow("one name") << "a|b|c" << "p" << QStringList{"a", "b", "c"} << QStringList{"p", "p", "p"};
+        QTest::newRow("names run out") << "a|b|c" << "x|y" << QStringList{"a", "b", "c"} << QStringList{"x", "y", "y"};
+        QTest::newRow("nothing") << "" << "" << QStringList() << QStringList();
+    }
+    void batchIsSplit()
+    {
+        QFETCH(QString, urls);
+        QFETCH(QString, names);
+        const DownloadBatch batch = splitDownloadBatch(urls, names);
+        QTEST(batch.urls, "expectedUrls");
+        QTEST(batch.names, "expectedNames");
+    }
+
+    void namesStayInTheirFolder_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("plain");
+        QTest::newRow("plain") << "人像_astronaut.png" << "人像_astronaut.png";
+        QTest::newRow("climbs out") << "../../x.jpg" << "x.jpg";
+        QTest::newRow("backslashes") << "..\\..\\win\\y.png" << "y.png";
+        QTest::newRow("absolute") << "/etc/passwd" << "passwd";
+        QTest::newRow("trailing dots") << "dir/.." << "dir";
+        QTest::newRow("only dots") << "../.." << "";
+        QTest::newRow("empty") << "" << "";
+    }
+    void namesStayInTheirFolder()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, plain);
+        QCOMPARE(plainFileName(name), plain);
+        QCOMPARE(downloadTargetPath("/f", name), plain.isEmpty() ? QString() : "/f//" + plain);
+    }
+
+    void batchFetchesEveryFile_data()
+    {
+        QTest::addColumn<QString>("urlSuffix");
+        QTest::addColumn<QString>("names");
+        QTest::addColumn<QStringList>("files");
+        QTest::newRow("three") << "" << "a.png|b.jpg|c.png" << QStringList{"a.png", "b.jpg", "c.png"};
+        QTest::newRow("trailing bar") << "|" << "a.png|b.jpg|" << QStringList{"a.png", "b.jpg"};
+    }
+    void batchFetchesEveryFile()
+    {
+        QFETCH(QString, urlSuffix);
+        QFETCH(QString, names);
+        QFETCH(QStringList, files);
+        const QString base = m_service.httpUrl("/gallery/");
+        // The first name as a page would hand it over, the second percent-encoded.
+        QString urls = base + "人像_astronaut.png|" + base + QUrl::toPercentEncoding("风光_rocket.jpg");
+        if (files.size() == 3)
+            urls += "|" + base + QUrl::toPercentEncoding("动物鸟类_chelsea.png");
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Yes);
+        QPointer<DownLoadDialog> dialog = new DownLoadDialog(nullptr, urls + urlSuffix, names, 3);
+        dialog->show();
+        QVERIFY(answerer.waitAllAnswered(20000));
+        QCOMPARE(answerer.seen().first().title, QStringLiteral("提示"));
+        QCOMPARE(answerer.seen().first().text, kBatchDone);
+        const QByteArray expected[] = {sampleBytes("astronaut.png"), sampleBytes("rocket.jpg"), sampleBytes("chelsea.png")};
+        for (int i = 0; i < files.size(); ++i)
+            QVERIFY2(fileBytes(m_folder + "/" + files[i]) == expected[i], qPrintable(files[i]));
+        QCOMPARE(QDir(m_folder).entryList(QDir::Files).size(), files.size());
+        QTRY_VERIFY(dialog.isNull());
+    }
+
+    void progressNeedsALength_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<int>("last");
+        QTest::newRow("with length") << "/test/large?bytes=300000&ms=600" << 100;
+        QTest::newRow("without length") << "/test/chunked?bytes=300000&ms=600" << 0;
+    }
+    void progressNeedsALength()
+    {
+        QFETCH(QString, path);
+        QFETCH(int, last);
+        auto* dialog = new DownLoadDialog(nullptr, m_service.httpUrl(path), "body.bin", 1);
+        auto* bar = dialog->findChild<QProgressBar*>();
+        QList<int> values;
+        connect(bar, &QProgressBar::valueChanged, this, [&values](int v) { values << v; });
+        QSignalSpy finished(dialog, &DownLoadDialog::onOpenDirectory);
+        QLabel* label = nullptr;
+        for (QLabel* l : dialog->findChildren<QLabel*>())
+            label = l->text().startsWith(QStringLiteral("当前进度")) ? l : label;
+        QVERIFY(finished.wait(10000));
+        QCOMPARE(bar->value(), last);
+        QCOMPARE(label->text(), QStringLiteral("当前进度已完成：%1%").arg(last));
+        QVERIFY(last == 0 ? values.isEmpty() : values.size() > 2);
+        QVERIFY(std::is_sorted(values.begin(), values.end()));
+        QCOMPARE(fileBytes(m_folder + "/body.bin"), TestService::generatedBody(300000));
+    }
+
+    void closeDuringTransfer_data()
+    {
+        QTest::addColumn<int>("answer");
+        QTest::newRow("no: stays") << int(QMessageBox::No);
+        QTest::newRow("yes: closes") << int(QMessageBox::Yes);
+    }
+    void closeDuringTransfer()
+    {
+        QFETCH(int, answer);
+        QPointer<DownLoadDialog> dialog =
+            new DownLoadDialog(nullptr, m_service.httpUrl("/test/slow?ms=1500&bytes=20000"), "slow.bin", 1);
+        QSignalSpy finished(dialog.data(), &DownLoadDialog::onOpenDirectory);
+        dialog->show();
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::StandardButton(answer));
+        const bool closed = dialog->CloseWindow();
+        QCOMPARE(answerer.seen().size(), 1);
+        QCOMPARE(answerer.seen().first().title, QStringLiteral("下载进行中"));
+        QCOMPARE(answerer.seen().first().text, QStringLiteral("下载还未完成，你确定要关闭下载窗口吗?"));
+        QCOMPARE(closed, answer == QMessageBox::Yes);
+        QCOMPARE(dialog->isVisible(), !closed);
+        QVERIFY(!QFile::exists(m_folder + "/slow.bin"));
+        // Either way the transfer completes and the file is written.
+        QVERIFY(finished.wait(10000));
+        QCOMPARE(fileBytes(m_folder + "/slow.bin"), TestService::generatedBody(20000));
+        QTRY_VERIFY(dialog.isNull());
+    }
+
+    void avatarFolder_data()
+    {
+        QTest::addColumn<bool>("installed");
+        QTest::newRow("install folder") << true;
+        QTest::newRow("executable's folder") << false;
+    }
+    void avatarFolder()
+    {
+        QFETCH(bool, installed);
+        removeSettingValue(key(), QString::fromUtf8(kProductName));
+        if (installed)
+            writeSettingValue(key(), QString::fromUtf8(kInstallLocation), m_folder);
+        else
+            removeSettingValue(key(), QString::fromUtf8(kInstallLocation));
+        const QString folder = installed ? m_folder : QCoreApplication::applicationDirPath();
+        const QString target = folder + "//avatar_test.jpg";
+        QFile::remove(target);
+        auto* dialog = new DownLoadDialog(nullptr, m_service.httpUrl("/avatar.jpg"), "avatar_test.jpg", 0);
+        QSignalSpy loaded(dialog, &DownLoadDialog::onLoadUserIcon);
+        QVERIFY(loaded.wait(10000));
+        QCOMPARE(loaded.first().first().toString(), target);
+        QVERIFY(fileBytes(target).startsWith("\xFF\xD8\xFF"));   // a JPEG
+        QCOMPARE(readSettingValue(key(), QString::fromUtf8(kProductName)), installed ? QString() : folder);
+        QFile::remove(target);
+        removeSettingValue(key(), QString::fromUtf8(kInstallLocation));
+    }
+
+    // What each kind tells the user when its file cannot be had.
+    void failureMessages_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("url");   // "refused": a port nothing listens on
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("text");
+        const QString failed = QStringLiteral("下载失败");
+        const QString ok = QStringLiteral("/test/empty");
+        QTest::newRow("avatar") << 0 << "refused" << "a.jpg" << failed << QStringLiteral("下载用户头像失败！");
+        QTest::newRow("keep") << 1 << "refused" << "a.jpg" << failed << QStringLiteral("打开存储文件夹路径失败！");
+        QTest::newRow("adjust") << 2 << "refused" << "a.jpg" << QStringLiteral("提示") << kBatchDone;
+        QTest::newRow("batch") << 3 << "refused|refused" << "a.jpg|b.jpg" << QStringLiteral("提示") << kBatchDone;
+        QTest::newRow("name without a file") << 1 << ok << "../.." << failed << QStringLiteral("打开存储文件夹路径失败！");
+        QTest::newRow("adjust, folder gone") << 2 << ok << "a.jpg" << failed << QStringLiteral("文件保存路径不存在！");
+        QTest::newRow("adjust, not writable") << 2 << ok << "blocked" << failed
+            << QStringLiteral("下载受网络波动影响出错拉，重新下载或者重设保存图片路径可能可以解决该问题！");
+    }
+    void failureMessages()
+    {
+        QFETCH(int, kind);
+        QFETCH(QString, url);
+        QFETCH(QString, name);
+        const QString refused = QStringLiteral("http://127.0.0.1:%1/x").arg(TestService::unusedPort());
+        url.replace("refused", refused);
+        if (!url.startsWith("http"))
+            url = m_service.httpUrl(url);
+        if (QString(QTest::currentDataTag()).contains("gone"))
+            writeSettingValue(key(), QString::fromUtf8(kDownLoadPath), m_folder + "/missing");
+        QVERIFY(QDir(m_folder).mkpath("blocked"));   // a folder where the file should go
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Yes);
+        QPointer<DownLoadDialog> dialog = new DownLoadDialog(nullptr, url, name, kind);
+        QSignalSpy adjusted(dialog.data(), &DownLoadDialog::onAdjustment);
+        dialog->show();
+        QVERIFY(answerer.waitAllAnswered(10000));
+        QTRY_VERIFY(dialog.isNull());
+        QTEST(answerer.seen().first().title, "title");
+        QTEST(answerer.seen().first().text, "text");
+        QCOMPARE(answerer.seen().size(), 1);
+        QCOMPARE(adjusted.count(), 0);
+        QCOMPARE(QDir(m_folder).entryList(QDir::Files).size(), 0);
+    }
+
+    void adjustmentHandsOverThePicture()
+    {
+        auto* dialog = new DownLoadDialog(nullptr, m_service.httpUrl("/gallery/") + "动物鸟类_chelsea.png",
+                                          "动物鸟类_chelsea.png", 2);
+        QSignalSpy adjusted(dialog, &DownLoadDialog::onAdjustment);
+        QVERIFY(adjusted.wait(10000));
+        const QString path = adjusted.first().first().toString();
+        QCOMPARE(path, m_folder + "//动物鸟类_chelsea.png");
+        QCOMPARE(fileBytes(path), sampleBytes("chelsea.png"));
+    }
+
+private:
+    TestService m_service;
+    QScopedPointer<QTemporaryDir> m_root;
+    QString m_folder;
+};
+
+QTEST_MAIN(TestDownLoadDialog)
+#include "tst_downloaddialog.moc"

@@ -1,0 +1,191 @@
+// The request layer against the real stand-in service on loopback.
+#include "Easy_request.h"
+#include "StdoutCapture.h"
+#include "TestService.h"
+#include "filedownload.h"
+#include "netrunable.h"
+
+#include <QCoreApplication>
+#include <QSignalSpy>
+#include <QThreadPool>
+#include <QtTest>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+// Every libcurl allocation goes through these (curl_global_init_mem), so a
+// test can make the creation of a handle fail for real: curl_easy_init
+// returns null when its memory cannot be allocated.
+std::atomic<bool> g_failAllocations{false};
+void* testMalloc(size_t n) { return g_failAllocations ? nullptr : std::malloc(n); }
+void* testRealloc(void* p, size_t n) { return g_failAllocations ? nullptr : std::realloc(p, n); }
+char* testStrdup(const char* s) { return g_failAllocations ? nullptr : strdup(s); }
+void* testCalloc(size_t n, size_t size) { return g_failAllocations ? nullptr : std::calloc(n, size); }
+
+Network::net_request makeRequest(const QString& url)
+{
+    Network::net_request req;
+    req.url = url.toStdString();
+    return req;
+}
+
+QByteArray bufferOf(const Easy_request& request)
+{
+    return QByteArray(request.buffer().data(), static_cast<int>(request.buffer().size()));
+}
+
+} // namespace
+
+class TestRequest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase() { QVERIFY2(m_service.start(), qPrintable(m_service.errorString())); }
+
+    void emptyUrlFails()
+    {
+        Easy_request request;
+        QSignalSpy finished(&request, &Easy_request::slot_request_finish);
+        Network::net_request req;
+        StdoutCapture out;
+        const bool ok = request.request(&req);
+        QCOMPARE(out.take(), QByteArray("no url"));
+        QVERIFY(!ok);
+        QCOMPARE(finished.count(), 1);
+        QCOMPARE(finished.at(0).at(1).toBool(), false);
+    }
+
+    void bodyArrivesWhole_data()
+    {
+        QTest::addColumn<bool>("https");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("404 with body") << false << "/test/status/404" << QByteArray("status 404 body");
+        QTest::newRow("500 with body") << false << "/test/status/500" << QByteArray("status 500 body");
+        QTest::newRow("zero length") << false << "/test/empty" << QByteArray();
+        // Self-signed certificate: accepted, nothing is verified.
+        QTest::newRow("3 MB over https") << true << "/test/large?bytes=3000000"
+                                         << TestService::generatedBody(3000000);
+    }
+    void bodyArrivesWhole()
+    {
+        QFETCH(bool, https);
+        QFETCH(QString, path);
+        QFETCH(QByteArray, body);
+        Easy_request request;
+        QSignalSpy finished(&request, &Easy_request::slot_request_finish);
+        Network::net_request req = makeRequest(https ? m_service.httpsUrl(path) : m_service.httpUrl(path));
+        QVERIFY(request.request(&req));
+        QCOMPARE(bufferOf(request), body);
+        QCOMPARE(finished.count(), 1);
+        QCOMPARE(finished.at(0).at(1).toBool(), true);
+    }
+
+    void postSendsEveryByte()
+    {
+        const QByteArray body("head\0middle\0\0tail\0", 18);
+        Easy_request request;
+        Network::net_request req = makeRequest(m_service.httpUrl("/test/echo"));
+        req.post.assign(body.constData(), body.constData() + body.size());
+        QVERIFY(request.request(&req));
+        QCOMPARE(bufferOf(request), body);
+    }
+
+    void cookieAndHeaderLinesAreSent()
+    {
+        Easy_request request;
+        Network::net_request req = makeRequest(m_service.httpUrl("/test/headers"));
+        req.cookie = "token=abc; channel=local";
+        req.headers = {"X-Melo-First: 1", "X-Melo-Second: two"};
+        QVERIFY(request.request(&req));
+        const QByteArray seen = bufferOf(request);
+        QVERIFY2(seen.contains("Cookie: token=abc; channel=local\n"), seen.constData());
+        QVERIFY(seen.contains("X-Melo-First: 1\n"));
+        QVERIFY(seen.contains("X-Melo-Second: two\n"));
+    }
+
+    void refusedConnectionIsReported()
+    {
+        Easy_request request;
+        Network::net_request req = makeRequest(QStringLiteral("http://127.0.0.1:%1/").arg(TestService::unusedPort()));
+        StdoutCapture out;
+        const bool ok = request.request(&req);
+        QCOMPARE(out.take(), QByteArray("req failed,network error: ") + curl_easy_strerror(CURLE_COULDNT_CONNECT));
+        QVERIFY(!ok);
+    }
+
+    void failedHandleCreationIsRetried()
+    {
+        Easy_request request;
+        QSignalSpy finished(&request, &Easy_request::slot_request_finish);
+        Network::net_request req = makeRequest(m_service.httpUrl("/test/ping"));
+        StdoutCapture out;
+        g_failAllocations = true;
+        const bool first = request.request(&req);
+        g_failAllocations = false;
+        QCOMPARE(out.take(), QByteArray("init network failed"));
+        QVERIFY(!first);
+        // No broken handle was kept: the next request creates one and works.
+        QVERIFY(request.request(&req));
+        QCOMPARE(bufferOf(request), QByteArray("pong"));
+        QCOMPARE(finished.count(), 2);
+    }
+
+    // Signals travel from a pool thread to this thread as queued arguments.
+    void signalsReachTheGuiThread_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<bool>("lengthKnown");
+        QTest::newRow("with length") << "/test/large?bytes=400000&ms=400" << true;
+        QTest::newRow("without length") << "/test/chunked?bytes=400000&ms=400" << false;
+    }
+    void signalsReachTheGuiThread()
+    {
+        QFETCH(QString, path);
+        QFETCH(bool, lengthKnown);
+        auto download = QSharedPointer<filedownload>::create();
+        auto req = QSharedPointer<Network::net_request>::create(makeRequest(m_service.httpUrl(path)));
+        QList<float> fractions;
+        QList<Easy_request*> finishedBy;
+        bool onGuiThread = true;
+        connect(download.data(), &filedownload::slot_progress, this, [&](filedownload* fd, float fraction) {
+            onGuiThread = onGuiThread && QThread::currentThread() == thread() && fd == download.data();
+            fractions << fraction;
+        });
+        connect(download.data(), &Easy_request::slot_request_finish, this, [&](Easy_request* r, bool ok) {
+            onGuiThread = onGuiThread && QThread::currentThread() == thread();
+            if (ok)
+                finishedBy << r;
+        });
+        QThreadPool::globalInstance()->start(new netrunable(download, req));
+        QTRY_COMPARE_WITH_TIMEOUT(finishedBy.size(), 1, 10000);
+        QCOMPARE(finishedBy.first(), static_cast<Easy_request*>(download.data()));
+        QVERIFY(onGuiThread);
+        QCOMPARE(bufferOf(*download), TestService::generatedBody(400000));
+        if (!lengthKnown) {
+            QVERIFY(fractions.isEmpty());
+            return;
+        }
+        QVERIFY(fractions.size() >= 2);
+        QCOMPARE(fractions.last(), 1.0f);
+        QVERIFY(std::is_sorted(fractions.begin(), fractions.end()) && fractions.first() >= 0.0f);
+    }
+
+private:
+    TestService m_service;
+};
+
+int main(int argc, char** argv)
+{
+    curl_global_init_mem(CURL_GLOBAL_ALL, testMalloc, std::free, testRealloc, testStrdup, testCalloc);
+    QCoreApplication app(argc, argv);
+    TestRequest test;
+    const int result = QTest::qExec(&test, argc, argv);
+    curl_global_cleanup();
+    return result;
+}
+
+#include "tst_request.moc"

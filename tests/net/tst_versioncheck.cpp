@@ -1,0 +1,170 @@
+// The start-up version check against the real stand-in service: in this
+// process for its result and message boxes, in a child process for the
+// refusal that ends the process.
+#include "GlobalConstants.h"
+#include "ModalAnswerer.h"
+#include "SettingsStore.h"
+#include "StdoutCapture.h"
+#include "TestService.h"
+#include "VersionCheck.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QtTest>
+
+namespace {
+
+const char kUpdateText[] = "你当前版本已经过久，马上要进行更新版本！";
+const char kRefusedText[] = "请检查网络情况，再次启动程序!";
+
+void setInstalledVersion(const QString& version)
+{
+    const QString key = QString::fromUtf8(kProductKey);
+    if (version.isNull())
+        removeSettingValue(key, QString::fromUtf8(kDisplayVersion));
+    else
+        writeSettingValue(key, QString::fromUtf8(kDisplayVersion), version);
+}
+
+} // namespace
+
+class TestVersionCheck : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase()
+    {
+        QVERIFY2(m_service.start(), qPrintable(m_service.errorString()));
+        m_service.exportEnvironment();
+    }
+
+    void init() { QVERIFY(m_service.reset()); }
+
+    void answerDecides_data()
+    {
+        QTest::addColumn<TestService::Params>("config");
+        QTest::addColumn<QString>("installed");   // null: no installed version
+        QTest::addColumn<bool>("update");
+        QTest::addColumn<QByteArray>("diagnostics");
+        const QString v = QStringLiteral("2.2.0.0");
+        const QString envelope = QStringLiteral("{\"code\":200,\"data\":{\"version\":{\"newversion\":\"2.2.0.0\"}}}");
+        auto served = [](const QString& version) { return TestService::Params{{"newversion", version}}; };
+        QTest::newRow("same version") << served(v) << v << false
+                                      << QByteArray("context:") + envelope.toUtf8() + "code:200";
+        QTest::newRow("installed is older") << served(v) << "2.2.0.1" << true << QByteArray("code:200");
+        QTest::newRow("server is older") << served("2.1.9.9") << v << true << QByteArray("code:200");
+        QTest::newRow("not installed") << served(v) << QString() << true << QByteArray("code:200");
+        QTest::newRow("no data") << TestService::Params{{"init-no-data", "1"}} << v << true
+                                 << QByteArray("context:{\"code\":200}code:200");
+        QTest::newRow("no data, not installed") << TestService::Params{{"init-no-data", "1"}} << QString() << false
+                                                << QByteArray("code:200");
+        QTest::newRow("text after a NUL is ignored")
+            << TestService::Params{{"init-body-raw", envelope + QChar(0) + "garbage"}} << v << false
+            << QByteArray("context:") + envelope.toUtf8() + "code:200";
+        QTest::newRow("not JSON") << TestService::Params{{"init-body-raw", "<html>502 Bad Gateway</html>"}} << v
+                                  << false << QByteArray("context:<html>502 Bad Gateway</html>");
+        QTest::newRow("code is text") << TestService::Params{{"init-body-raw", "{\"code\":\"200\"}"}} << v << false
+                                      << QByteArray("json paser error");
+        QTest::newRow("data is a list")
+            << TestService::Params{{"init-body-raw", "{\"code\":200,\"data\":[1]}"}} << v << false
+            << QByteArray("json paser error");
+        QTest::newRow("nested too deep") << TestService::Params{{"init-body-raw", QString(2000, '[')}} << v << false
+                                         << QByteArray("json paser errorExceeded stackLimit");
+    }
+    void answerDecides()
+    {
+        QFETCH(TestService::Params, config);
+        QFETCH(QString, installed);
+        QFETCH(bool, update);
+        QFETCH(QByteArray, diagnostics);
+        QVERIFY2(m_service.configure(config), qPrintable(m_service.errorString()));
+        setInstalledVersion(installed);
+        ModalAnswerer answerer;
+        if (update)
+            answerer.answer(QMessageBox::Yes);
+        StdoutCapture out;
+        const bool result = checkClientVersion();
+        const QByteArray printed = out.take();
+        QCOMPARE(result, update);
+        QVERIFY2(printed.startsWith("context:") && printed.contains(diagnostics), printed.constData());
+        QCOMPARE(answerer.seen().size(), update ? 1 : 0);
+        if (update) {
+            QCOMPARE(answerer.seen().first().title, QStringLiteral("更新"));
+            QCOMPARE(answerer.seen().first().text, QString::fromUtf8(kUpdateText));
+        }
+    }
+
+    // Without an answer the program starts normally, within the 10 s limit.
+    void unreachableServiceStartsNormally_data()
+    {
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("connection refused") << true;
+        QTest::newRow("answer too slow") << false;
+    }
+    void unreachableServiceStartsNormally()
+    {
+        QFETCH(bool, refused);
+        setInstalledVersion(QStringLiteral("0.0.0.1"));
+        if (refused)
+            qputenv("MELO_SERVICE_HTTPS", QStringLiteral("https://127.0.0.1:%1").arg(TestService::unusedPort()).toUtf8());
+        else
+            QVERIFY(m_service.configure({{"init-delay-ms", "15000"}}));
+        ModalAnswerer answerer;
+        QElapsedTimer clock;
+        clock.start();
+        StdoutCapture out;
+        const bool result = checkClientVersion();
+        const QByteArray printed = out.take();
+        const qint64 elapsed = clock.elapsed();
+        m_service.exportEnvironment();
+        QVERIFY(!result);
+        QVERIFY2(printed.startsWith("req failed,network error: "), printed.constData());
+        QVERIFY(answerer.seen().isEmpty());
+        QVERIFY2(elapsed < 12000, qPrintable(QString::number(elapsed)));
+        if (!refused)
+            QVERIFY2(elapsed >= 9000, qPrintable(QString::number(elapsed)));
+    }
+
+    void refusalEndsTheProcess_data()
+    {
+        QTest::addColumn<TestService::Params>("config");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("diagnostics");
+        QTest::addColumn<QString>("box");
+        const QString refusedBox = QStringLiteral("box: 失败 | ") + QString::fromUtf8(kRefusedText);
+        QTest::newRow("code 500") << TestService::Params{{"init-code", "500"}} << 0 << QByteArray("code:500")
+                                  << refusedBox;
+        QTest::newRow("code missing") << TestService::Params{{"init-body-raw", "{\"data\":{}}"}} << 0
+                                      << QByteArray("code:0") << refusedBox;
+        // The probe's own exit code when the check returns normally.
+        QTest::newRow("same version") << TestService::Params{{"newversion", "2.2.0.0"}} << 3
+                                      << QByteArray("code:200") << QString();
+    }
+    void refusalEndsTheProcess()
+    {
+        QFETCH(TestService::Params, config);
+        QFETCH(int, exitCode);
+        QFETCH(QByteArray, diagnostics);
+        QFETCH(QString, box);
+        QVERIFY(m_service.configure(config));
+        setInstalledVersion(QStringLiteral("2.2.0.0"));
+        QProcess probe;
+        probe.start(QStringLiteral(VERSIONCHECK_PROBE), QStringList());
+        QVERIFY(probe.waitForFinished(30000));
+        const QByteArray out = probe.readAllStandardOutput();
+        const QString err = QString::fromUtf8(probe.readAllStandardError());
+        QCOMPARE(probe.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(probe.exitCode(), exitCode);
+        QVERIFY2(out.contains(diagnostics), out.constData());
+        QCOMPARE(err.contains(QStringLiteral("box: ")), !box.isEmpty());
+        if (!box.isEmpty())
+            QVERIFY2(err.contains(box), qPrintable(err));
+    }
+
+private:
+    TestService m_service;
+};
+
+QTEST_MAIN(TestVersionCheck)
+#include "tst_versioncheck.moc"

@@ -1,0 +1,150 @@
+#include "CompareLook.h"
+#include "ModalAnswerer.h"
+#include "MyDrawLabel.h"
+#include "MyDrawLutButton.h"
+#include "MyDrawLutLabel.h"
+#include "MySlider.h"
+
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+static void dragTo(QWidget* w, QPoint p)
+{
+    QMouseEvent move(QEvent::MouseMove, p, w->mapToGlobal(p), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(w, &move);
+}
+
+class TestControls : public QObject
+{
+    Q_OBJECT
+private slots:
+    void sliderJumpsToPointer_data()
+    {
+        QTest::addColumn<int>("pressX");
+        QTest::addColumn<int>("dragX");   // -1: no drag
+        QTest::addColumn<int>("jump");    // the first value the press asks for
+        QTest::newRow("x 0") << 0 << -1 << 0;
+        QTest::newRow("x 99 truncates 49.5") << 99 << -1 << 49;
+        QTest::newRow("x 199") << 199 << -1 << 99;
+        QTest::newRow("drag to 250 clamps") << 20 << 250 << 10;
+    }
+    void sliderJumpsToPointer()
+    {
+        QFETCH(int, pressX);
+        QFETCH(int, dragX);
+        MySlider slider;
+        slider.setRange(0, 100);
+        slider.setValue(50);
+        slider.setGeometry(0, 0, 200, 20);
+        slider.show();
+        QSignalSpy values(&slider, &QSlider::valueChanged);
+        QSignalSpy reports(&slider, &MySlider::sliderValueChanged);
+        QTest::mousePress(&slider, Qt::LeftButton, {}, QPoint(pressX, 10));
+        QVERIFY(!values.isEmpty());
+        QTEST(values.first().at(0).toInt(), "jump");
+        QCOMPARE(reports.count(), values.count());
+        QCOMPARE(reports.first().at(0).value<QSlider*>(), &slider);
+        if (dragX >= 0) {
+            dragTo(&slider, QPoint(dragX, 10));   // asks for 125
+            QCOMPARE(slider.value(), 100);
+        }
+        QTest::mouseRelease(&slider, Qt::LeftButton, {}, QPoint(pressX, 10));
+        QCOMPARE(MySlider::valueAt(-1, 200, 0, 100), 0);   // truncated toward zero, not floored
+    }
+
+    void disabledSliderRefusesOncePerPress()
+    {
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Yes);
+        answerer.answer(QMessageBox::Yes);
+        MySlider slider;
+        slider.setRange(0, 100);
+        slider.setValue(100);
+        slider.setGeometry(0, 0, 200, 20);
+        slider.setEnabled(false);
+        slider.show();
+        QSignalSpy values(&slider, &QSlider::valueChanged);
+        for (int press = 1; press <= 2; ++press) {
+            QTest::mousePress(&slider, Qt::LeftButton, {}, QPoint(10, 10));
+            dragTo(&slider, QPoint(30, 10));
+            QTest::mouseRelease(&slider, Qt::LeftButton, {}, QPoint(30, 10));
+            QCOMPARE(answerer.seen().size(), press);
+        }
+        QCOMPARE(answerer.unexpectedCount(), 0);
+        QCOMPARE(answerer.seen().at(0).title, QString::fromUtf8("提示"));
+        QCOMPARE(answerer.seen().at(0).text, QString::fromUtf8("要先选择上部效果，才能滑动！"));
+        QCOMPARE(slider.value(), 100);
+        QVERIFY(values.isEmpty());
+    }
+
+    void labelReportsOnlyLeftPress()
+    {
+        MyDrawLutLabel label;   // a MyMousePressLabel
+        QSignalSpy spy(&label, &MyDrawLutLabel::mouseButtonLeftPress);
+        QTest::mouseClick(&label, Qt::RightButton);
+        QCOMPARE(spy.count(), 0);
+        QTest::mouseClick(&label, Qt::LeftButton);
+        QCOMPARE(spy.count(), 1);
+    }
+
+    void lutButtonCheckMarkFollowsRepaint()
+    {
+        MyDrawLutButton button;
+        button.setCheckable(true);
+        QPixmap thumb(40, 30);
+        thumb.fill(Qt::red);
+        button.setThumbnail(thumb);
+        button.setCaption(QString::fromUtf8("蓝调风格"));
+        button.resize(82, 82);
+        button.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&button));
+        QCOMPARE(button.checkMark()->geometry(), button.rect());
+
+        QSignalSpy press(&button, &MyDrawLutButton::mouseButtonLeftPress);
+        QTest::mouseClick(&button, Qt::LeftButton);
+        QCOMPARE(press.count(), 1);
+        QVERIFY(button.isChecked());
+        button.repaint();
+        QVERIFY(button.checkMark()->isVisible());
+        button.setChecked(false);
+        QVERIFY(button.checkMark()->isVisible());   // until the next repaint
+        button.repaint();
+        QVERIFY(!button.checkMark()->isVisible());
+
+        // The thumbnail sits at its own size in the top-left corner.
+        const QImage face = button.grab().toImage();
+        QCOMPARE(face.pixelColor(39, 29), QColor(Qt::red));
+        QVERIFY(face.pixelColor(60, 10) != QColor(Qt::red));
+    }
+
+    void eyeButtonLook_data()
+    {
+        QTest::addColumn<int>("clicks");
+        QTest::addColumn<bool>("originalShown");
+        QTest::addColumn<QString>("toolTip");
+        QTest::addColumn<QString>("normalPicture");
+        QTest::newRow("one click") << 1 << true << QString::fromUtf8("修图效果") << "contrast_eye_normal_yellow.png";
+        QTest::newRow("two clicks") << 2 << false << QString::fromUtf8("查看原图") << "contrast_eye_hover.png";
+    }
+    void eyeButtonLook()
+    {
+        QFETCH(int, clicks);
+        QFETCH(QString, normalPicture);
+        MyDrawLabel view;
+        QPushButton eye;
+        // What the main window's compare slot does.
+        QObject::connect(&eye, &QPushButton::clicked, &view, [&] { applyCompareLook(&eye, view.toggleOriginal()); });
+        for (int i = 0; i < clicks; ++i)
+            QTest::mouseClick(&eye, Qt::LeftButton);
+        QTEST(view.isOriginalShown(), "originalShown");
+        QTEST(eye.toolTip(), "toolTip");
+        QVERIFY2(eye.styleSheet().startsWith("QPushButton{background-image:url(:/BrisaQT/Resources/" + normalPicture),
+                 qPrintable(eye.styleSheet()));
+        QVERIFY(eye.styleSheet().contains("QPushButton:hover{background-image:url(:/BrisaQT/Resources/"
+                                          "contrast_eye_normal.png)"));
+    }
+};
+
+QTEST_MAIN(TestControls)
+#include "tst_controls.moc"
