@@ -64,17 +64,6 @@ private slots:
         QVERIFY(validate.waitForFinished(30000));
         QVERIFY2(validate.exitCode() == 0, validate.readAllStandardOutput().constData());
     }
-
-    void stagedInstallLeavesKeysAlone()
-    {
-        QTemporaryDir root;
-        const QString prefix = QStringLiteral("/opt/melo-staged");
-        QVERIFY(runInstall(prefix, root.path()));
-        QVERIFY(QFileInfo(root.path() + prefix + QStringLiteral("/lib/melo/MELO")).isExecutable());
-        QVERIFY(QFile::exists(root.path() + prefix + QStringLiteral("/share/applications/melo.desktop")));
-        QVERIFY(readSettingValue(kProductKey, kInstallLocation).isEmpty());
-        QVERIFY(!QFileInfo::exists(prefix));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestInstall)

@@ -1,12 +1,13 @@
 // Start-up and exit of the real program, run as separate processes on the
 // test's display: the single-instance guard, the preset unpack with the
-// deletion of the per-user folder, and the clean-up after a normal exit.
+// deletion of the per-user folder, the clean-up after a normal exit and the
+// hand-over to the updater.
 #include "GlobalConstants.h"
 #include "SettingsStore.h"
+#include "TestService.h"
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -19,20 +20,21 @@ namespace {
 
 const int kWindowTimeoutMs = 60000;
 
-// Top-level windows a process has mapped on the display.
-QStringList visibleWindowsOf(qint64 pid)
+QString xdotool(const QStringList& arguments)
 {
-    QProcess search;
-    search.start(QStringLiteral("xdotool"),
-                 {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
-                  QString::number(pid)});
-    search.waitForFinished(10000);
-    return QString::fromLatin1(search.readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QProcess tool;
+    tool.start(QStringLiteral("xdotool"), arguments);
+    tool.waitForFinished(10000);
+    return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
 }
 
-// Waits until the process maps a window; false when it exits first or the
-// time runs out.
-bool showsWindow(QProcess* process)
+QStringList visibleWindowsOf(qint64 pid)
+{
+    return xdotool({"search", "--onlyvisible", "--pid", QString::number(pid)}).split('\n', Qt::SkipEmptyParts);
+}
+
+// Waits until the process maps a window; false when it exits first.
+bool waitForWindow(QProcess* process)
 {
     QElapsedTimer clock;
     clock.start();
@@ -43,39 +45,37 @@ bool showsWindow(QProcess* process)
     }
     return false;
 }
+#define QVERIFY_SHOWS_WINDOW(process)                                                                  \
+    QVERIFY2(waitForWindow(process), process->state() == QProcess::NotRunning                       \
+                                         ? qPrintable(QStringLiteral("exited with %1, status %2")      \
+                                                          .arg(process->exitCode())                    \
+                                                          .arg(int(process->exitStatus())))            \
+                                         : "no window within the time limit")
 
-QString logOf(QProcess* process)
+bool writeFile(const QString& path, const QByteArray& data, bool executable = false)
 {
-    QFile log(process->property("log").toString());
-    return log.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(log.readAll()) : QString();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size()
+           && (!executable || file.setPermissions(file.permissions() | QFileDevice::ExeOwner));
 }
 
 QString presetFolder() { return QDir::tempPath() + QStringLiteral("/MELO"); }
 QString perUserMarker()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)
-           + QStringLiteral("/MELO/marker.txt");
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/MELO/marker");
 }
 
-bool writeFile(const QString& path, const QByteArray& data)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
-// A 7-Zip archive, encrypted names included, whose top folder is "MELO".
+// A 7-Zip archive, names encrypted too, whose top folder is "MELO".
 bool makePresetArchive(const QString& archive, const QString& password)
 {
     QTemporaryDir stage;
-    const QByteArray cube = "LUT_3D_SIZE 2\n"
-                            "0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n1 1 1\n";
-    if (!writeFile(stage.path() + QStringLiteral("/MELO/0/0.CUBE"), cube))
+    if (!writeFile(stage.path() + QStringLiteral("/MELO/0/0.CUBE"),
+                   "LUT_3D_SIZE 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n1 1 1\n"))
         return false;
     QProcess zip;
     zip.setWorkingDirectory(stage.path());
-    zip.start(QStringLiteral("7z"), {QStringLiteral("a"), QStringLiteral("-t7z"), QStringLiteral("-mhe=on"),
-                                     QStringLiteral("-p") + password, archive, QStringLiteral("MELO")});
+    zip.start(QStringLiteral("7z"), {"a", "-t7z", "-mhe=on", "-p" + password, archive, "MELO"});
     return zip.waitForFinished(30000) && zip.exitStatus() == QProcess::NormalExit && zip.exitCode() == 0;
 }
 
@@ -87,25 +87,24 @@ class TestStartup : public QObject
 
     std::vector<std::unique_ptr<QProcess>> m_processes;
 
-    QProcess* startMelo()
+    // Nothing listens at the default service address: the version check
+    // finds no service and lets the program start.
+    QProcess* startMelo(const QString& program = QStringLiteral(MELO_EXE),
+                        const QString& serviceHttps = QStringLiteral("https://127.0.0.1:9"))
     {
         auto process = std::make_unique<QProcess>();
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        // Nothing listens here: the version check finds no service and lets
-        // the program start.
-        env.insert(QStringLiteral("MELO_SERVICE_HTTPS"), QStringLiteral("https://127.0.0.1:9"));
+        env.insert(QStringLiteral("MELO_SERVICE_HTTPS"), serviceHttps);
         env.insert(QStringLiteral("MELO_SERVICE_HTTP"), QStringLiteral("http://127.0.0.1:9"));
         process->setProcessEnvironment(env);
-        const QString log = QDir::tempPath() + QStringLiteral("/melo-%1.log").arg(m_processes.size());
-        process->setStandardOutputFile(log);
-        process->setStandardErrorFile(log, QIODevice::Append);
-        process->setProperty("log", log);
-        process->start(QStringLiteral(MELO_EXE), QStringList());
+        process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process->setStandardOutputFile(QProcess::nullDevice());
+        process->start(program, QStringList());
         m_processes.push_back(std::move(process));
         return m_processes.back().get();
     }
 
-    // Asks for a normal exit the way a session does and expects exit code 0.
+    // Asks for a normal exit the way a session does; expects exit code 0.
     static bool quitsNormally(QProcess* process)
     {
         process->terminate();
@@ -114,30 +113,26 @@ class TestStartup : public QObject
     }
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY2(!qgetenv("DISPLAY").isEmpty(), "runs on an X display (xvfb-run)");
-        QVERIFY2(QFileInfo(QStringLiteral(MELO_EXE)).isExecutable(), MELO_EXE);
-    }
+    void initTestCase() { QVERIFY2(!qgetenv("DISPLAY").isEmpty(), "runs on an X display (xvfb-run)"); }
 
     void cleanup()
     {
         for (auto& process : m_processes) {
-            if (process->state() != QProcess::NotRunning) {
-                process->kill();
-                process->waitForFinished(10000);
-            }
+            process->kill();
+            process->waitForFinished(10000);
         }
         m_processes.clear();
         removeSettingValue(kProductKey, kInstallLocation);
+        removeSettingValue(kProductKey, kDisplayVersion);
         QDir(presetFolder()).removeRecursively();
     }
 
-    void secondCopyExitsSilently()
+    // A second copy exits 1 without a window; neither a copy that was killed
+    // nor one that quit keeps a later one from starting.
+    void singleInstance()
     {
         QProcess* first = startMelo();
-        QVERIFY2(showsWindow(first), qPrintable(logOf(first)));
-
+        QVERIFY_SHOWS_WINDOW(first);
         QProcess* second = startMelo();
         QVERIFY(second->waitForStarted());
         const qint64 secondPid = second->processId();
@@ -151,29 +146,20 @@ private slots:
         QCOMPARE(second->exitStatus(), QProcess::NormalExit);
         QCOMPARE(second->exitCode(), 1);
         QVERIFY(!secondShowedWindow);
-        QCOMPARE(first->state(), QProcess::Running);
 
-        QVERIFY(quitsNormally(first));
-        QProcess* third = startMelo();
-        QVERIFY2(showsWindow(third), qPrintable(logOf(third)));
-        QVERIFY(quitsNormally(third));
-    }
-
-    void killedCopyDoesNotBlock()
-    {
-        QProcess* first = startMelo();
-        QVERIFY2(showsWindow(first), qPrintable(logOf(first)));
         first->kill();
         QVERIFY(first->waitForFinished(10000));
-
-        QProcess* next = startMelo();
-        QVERIFY2(showsWindow(next), qPrintable(logOf(next)));
-        QVERIFY(quitsNormally(next));
+        QProcess* afterKill = startMelo();
+        QVERIFY_SHOWS_WINDOW(afterKill);
+        QVERIFY(quitsNormally(afterKill));
+        QProcess* afterQuit = startMelo();
+        QVERIFY_SHOWS_WINDOW(afterQuit);
+        QVERIFY(quitsNormally(afterQuit));
     }
 
     void presetUnpack_data()
     {
-        QTest::addColumn<QString>("password");     // empty: no archive
+        QTest::addColumn<QString>("password");  // empty: no archive
         QTest::addColumn<bool>("presetsUnpacked");
         QTest::addColumn<bool>("perUserDeleted");
         QTest::newRow("archive") << QString::fromUtf8(kPresetArchivePassword) << true << true;
@@ -183,25 +169,74 @@ private slots:
     void presetUnpack()
     {
         QFETCH(QString, password);
-        QFETCH(bool, presetsUnpacked);
-        QFETCH(bool, perUserDeleted);
-
         QTemporaryDir install;
         if (!password.isEmpty())
             QVERIFY(makePresetArchive(install.path() + QStringLiteral("/qsh.dll"), password));
         writeSettingValue(kProductKey, kInstallLocation, install.path());
-        QVERIFY(writeFile(perUserMarker(), "kept unless presets were unpacked"));
+        QVERIFY(writeFile(perUserMarker(), "kept unless an archive was found"));
 
         QProcess* melo = startMelo();
-        QVERIFY2(showsWindow(melo), qPrintable(logOf(melo)));
-        // Unpacking finishes before the window exists.
-        QCOMPARE(QFile::exists(presetFolder() + QStringLiteral("/0/0.CUBE")), presetsUnpacked);
-        QCOMPARE(!QFile::exists(perUserMarker()), perUserDeleted);
+        QVERIFY_SHOWS_WINDOW(melo);
+        // Unpacking is over before the window exists.
+        QTEST(QFile::exists(presetFolder() + QStringLiteral("/0/0.CUBE")), "presetsUnpacked");
+        QTEST(!QFile::exists(perUserMarker()), "perUserDeleted");
 
         // Whatever is in the preset folder, it goes with a normal exit.
         QVERIFY(writeFile(presetFolder() + QStringLiteral("/added by the user.txt"), "x"));
         QVERIFY(quitsNormally(melo));
         QVERIFY(!QFileInfo::exists(presetFolder()));
+    }
+
+    // The service names another release: after the notice the updater is
+    // started detached and without arguments from the install folder (or,
+    // without one, from the program's folder), and the program ends with 0.
+    void updaterHandOver_data()
+    {
+        QTest::addColumn<bool>("installLocationSet");
+        QTest::addColumn<bool>("updaterPresent");
+        QTest::newRow("install folder") << true << true;
+        QTest::newRow("program folder") << false << true;
+        QTest::newRow("updater missing") << true << false;
+    }
+    void updaterHandOver()
+    {
+        QFETCH(bool, installLocationSet);
+        QFETCH(bool, updaterPresent);
+        TestService service;
+        QVERIFY2(service.start({"--newversion", "9.9.9.9"}), qPrintable(service.errorString()));
+        writeSettingValue(kProductKey, kDisplayVersion, QStringLiteral("1.0.0.0"));
+
+        QTemporaryDir folder;
+        QString program = QStringLiteral(MELO_EXE);
+        if (installLocationSet) {
+            writeSettingValue(kProductKey, kInstallLocation, folder.path());
+        } else {
+            program = folder.path() + QStringLiteral("/MELO");
+            QVERIFY(QFile::copy(QStringLiteral(MELO_EXE), program));
+        }
+        if (updaterPresent) {
+            QVERIFY(writeFile(folder.path() + QStringLiteral("/update.exe"),
+                              "#!/bin/sh\necho $# > \"$(dirname \"$0\")/updater-ran\"\n", true));
+        }
+
+        QProcess* melo = startMelo(program, service.httpsBase());
+        QVERIFY_SHOWS_WINDOW(melo);
+        const QStringList windows = visibleWindowsOf(melo->processId());
+        QCOMPARE(windows.size(), 1);
+        QCOMPARE(xdotool({"getwindowname", windows.first()}), QStringLiteral("更新"));
+        // No window manager here: focus the notice directly, then answer it.
+        xdotool({"windowfocus", "--sync", windows.first()});
+        xdotool({"key", "--window", windows.first(), "Return"});
+        QVERIFY(melo->waitForFinished(30000));
+        QCOMPARE(melo->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(melo->exitCode(), 0);
+
+        QFile ran(folder.path() + QStringLiteral("/updater-ran"));
+        if (updaterPresent) {
+            QTRY_VERIFY(ran.exists());
+            QVERIFY(ran.open(QIODevice::ReadOnly));
+            QCOMPARE(ran.readAll().trimmed(), QByteArray("0"));
+        }
     }
 };
 

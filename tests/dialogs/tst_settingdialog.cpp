@@ -1,6 +1,6 @@
-// The settings dialog against the real settings store: pre-checked close
-// choice, the folder rule of OK, the close-choice page, the empty page and
-// the autostart entry.
+// The settings dialog against the real settings store: the pre-checked
+// close choice, the folder rule of OK, the close-choice page, a page number
+// without layout, and the autostart entry.
 #include "DesktopEntry.h"
 #include "GlobalConstants.h"
 #include "ModalAnswerer.h"
@@ -8,19 +8,17 @@
 #include "SettingsStore.h"
 
 #include <QCheckBox>
-#include <QDir>
 #include <QFile>
 #include <QFrame>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTemporaryDir>
-
-#include <memory>
 #include <QTest>
 
+#include <memory>
+
 namespace {
-const QString kHint = QStringLiteral("下载照片存放在此目录下");
 const QString kFolderMessage = QStringLiteral("文件存储地址不能为空，请重新输入！");
 }
 
@@ -28,11 +26,18 @@ class TestSettingDialog : public QObject
 {
     Q_OBJECT
 
-    template <typename T>
-    static T* child(SettingDialog& dialog, const char* name)
+    std::unique_ptr<SettingDialog> m_dialog;
+
+    template <typename T = QWidget>
+    T* child(const char* name) const { return m_dialog->findChild<T*>(QLatin1String(name)); }
+    void open(int mode, int twoButtons)
     {
-        return dialog.findChild<T*>(QLatin1String(name));
+        m_dialog = std::make_unique<SettingDialog>();
+        m_dialog->setMode(mode, twoButtons);
+        m_dialog->show();
     }
+    void pressOk() { child<QPushButton>("okBtn")->click(); }
+    bool accepted() const { return !m_dialog->isVisible() && m_dialog->result() == QDialog::Accepted; }
 
 private slots:
     void init()
@@ -43,38 +48,14 @@ private slots:
         QFile::remove(autostartEntryPath());
     }
 
-    void freshInstall()
-    {
-        SettingDialog dialog;
-        dialog.setMode(SettingDialog::SettingsPage, 1);
-        dialog.show();
-        QVERIFY(child<QRadioButton>(dialog, "minRadio")->isChecked());
-        QVERIFY(!child<QRadioButton>(dialog, "exitRadio")->isChecked());
-        QVERIFY(!child<QCheckBox>(dialog, "autostartBox")->isChecked());
-        auto* folder = child<QLineEdit>(dialog, "folderEdit");
-        QCOMPARE(folder->placeholderText(), kHint);
-        QVERIFY(folder->text().isEmpty());
-        QCOMPARE(child<QPushButton>(dialog, "cancelBtn")->geometry(), QRect(75, 430, 200, 56));
-
-        // OK is refused without a folder, yet the close choice is written.
-        ModalAnswerer answerer;
-        answerer.answer(QMessageBox::Yes);
-        child<QPushButton>(dialog, "okBtn")->click();
-        QCOMPARE(answerer.seen().size(), 1);
-        QCOMPARE(answerer.seen().at(0).text, kFolderMessage);
-        QVERIFY(dialog.isVisible());
-        QCOMPARE(readSettingValue(kProductKey, kDirectClose), QStringLiteral("0"));
-        QVERIFY(readSettingValue(kProductKey, kDownLoadPath).isEmpty());
-    }
-
     void storedCloseChoice_data()
     {
-        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("stored");  // "-": absent
         QTest::addColumn<int>("page");
         QTest::addColumn<bool>("exitChecked");
+        QTest::newRow("absent") << "-" << int(SettingDialog::SettingsPage) << false;
         QTest::newRow("1, settings") << "1" << int(SettingDialog::SettingsPage) << true;
         QTest::newRow("1, close choice") << "1" << int(SettingDialog::CloseChoicePage) << true;
-        QTest::newRow("0") << "0" << int(SettingDialog::SettingsPage) << false;
         QTest::newRow("other number") << "2" << int(SettingDialog::CloseChoicePage) << false;
         QTest::newRow("text") << "yes" << int(SettingDialog::SettingsPage) << false;
     }
@@ -83,96 +64,93 @@ private slots:
         QFETCH(QString, stored);
         QFETCH(int, page);
         QFETCH(bool, exitChecked);
-        writeSettingValue(kProductKey, kDirectClose, stored);
-        SettingDialog dialog;
-        dialog.setMode(page, 1);
-        QCOMPARE(child<QRadioButton>(dialog, "exitRadio")->isChecked(), exitChecked);
-        QCOMPARE(child<QRadioButton>(dialog, "minRadio")->isChecked(), !exitChecked);
+        if (stored != QLatin1String("-"))
+            writeSettingValue(kProductKey, kDirectClose, stored);
+        open(page, 1);
+        QCOMPARE(child<QRadioButton>("exitRadio")->isChecked(), exitChecked);
+        QCOMPARE(child<QRadioButton>("minRadio")->isChecked(), !exitChecked);
     }
 
-    void folderChoice()
+    // OK checks the chosen folder, else the stored one (the placeholder),
+    // else refuses; the close choice is written before the folder check.
+    void okFolderRule_data()
     {
-        QTemporaryDir folder;
-        SettingDialog dialog;
-        dialog.setMode(SettingDialog::SettingsPage, 1);
-        dialog.show();
-        auto* edit = child<QLineEdit>(dialog, "folderEdit");
-        auto* open = child<QPushButton>(dialog, "openFileBtn");
+        QTest::addColumn<QString>("stored");  // "", "exists" or "deleted"
+        QTest::addColumn<bool>("choose");
+        QTest::addColumn<bool>("accepted");
+        QTest::newRow("fresh install") << "" << false << false;
+        QTest::newRow("folder chosen") << "" << true << true;
+        QTest::newRow("stored folder") << "exists" << false << true;
+        QTest::newRow("stored folder deleted since") << "deleted" << false << false;
+    }
+    void okFolderRule()
+    {
+        QFETCH(QString, stored);
+        QFETCH(bool, choose);
+        QFETCH(bool, accepted);
+        QTemporaryDir chosen;
+        auto storedDir = std::make_unique<QTemporaryDir>();
+        const QString storedPath = storedDir->path() + QLatin1Char('/');
+        if (!stored.isEmpty())
+            writeSettingValue(kProductKey, kDownLoadPath, storedPath);
+        if (stored == QLatin1String("deleted"))
+            storedDir.reset();
 
+        open(SettingDialog::SettingsPage, 1);
+        QVERIFY(!child<QCheckBox>("autostartBox")->isChecked());
+        auto* edit = child<QLineEdit>("folderEdit");
+        QCOMPARE(edit->placeholderText(), stored.isEmpty() ? QStringLiteral("下载照片存放在此目录下") : storedPath);
         ModalAnswerer answerer;
-        answerer.chooseFile(folder.path());
-        open->click();
-        QCOMPARE(edit->text(), folder.path() + QLatin1Char('/'));
+        if (choose) {
+            answerer.chooseFile(chosen.path());
+            child<QPushButton>("openFileBtn")->click();
+            QCOMPARE(edit->text(), chosen.path() + QLatin1Char('/'));
+        }
+        if (!accepted)
+            answerer.answer(QMessageBox::Yes);
+        pressOk();
+        QCOMPARE(accepted, this->accepted());
+        const QString lastSeen = answerer.seen().isEmpty() ? QString() : answerer.seen().last().text;
+        QCOMPARE(lastSeen, accepted ? QString() : kFolderMessage);
+        QCOMPARE(readSettingValue(kProductKey, kDirectClose), QStringLiteral("0"));
+        const QString expected = choose ? chosen.path() + QLatin1Char('/') : stored.isEmpty() ? QString() : storedPath;
+        QCOMPARE(readSettingValue(kProductKey, kDownLoadPath), expected);
+    }
 
-        // A cancelled choice tells the user and keeps the field.
+    void cancelledFolderChoiceKeepsField()
+    {
+        open(SettingDialog::SettingsPage, 1);
+        ModalAnswerer answerer;
         answerer.chooseFile(QString());
         answerer.answer(QMessageBox::Yes);
-        open->click();
+        child<QPushButton>("openFileBtn")->click();
         QCOMPARE(answerer.seen().last().text, kFolderMessage);
-        QCOMPARE(edit->text(), folder.path() + QLatin1Char('/'));
-
-        child<QPushButton>(dialog, "okBtn")->click();
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QCOMPARE(readSettingValue(kProductKey, kDownLoadPath), folder.path() + QLatin1Char('/'));
-        QCOMPARE(answerer.unexpectedCount(), 0);
-    }
-
-    // Without a new choice OK checks the stored folder again.
-    void storedFolderRechecked_data()
-    {
-        QTest::addColumn<bool>("stillExists");
-        QTest::newRow("exists") << true;
-        QTest::newRow("deleted since") << false;
-    }
-    void storedFolderRechecked()
-    {
-        QFETCH(bool, stillExists);
-        auto folder = std::make_unique<QTemporaryDir>();
-        const QString stored = folder->path() + QLatin1Char('/');
-        writeSettingValue(kProductKey, kDownLoadPath, stored);
-        if (!stillExists)
-            folder.reset();
-        SettingDialog dialog;
-        dialog.setMode(SettingDialog::SettingsPage, 1);
-        QCOMPARE(child<QLineEdit>(dialog, "folderEdit")->placeholderText(), stored);
-        dialog.show();
-        ModalAnswerer answerer;
-        if (!stillExists)
-            answerer.answer(QMessageBox::Yes);
-        child<QPushButton>(dialog, "okBtn")->click();
-        QCOMPARE(answerer.seen().size(), stillExists ? 0 : 1);
-        QCOMPARE(dialog.isVisible(), !stillExists);
+        QVERIFY(child<QLineEdit>("folderEdit")->text().isEmpty());
     }
 
     void closeChoicePageStoresOnlyTheChoice()
     {
-        SettingDialog dialog;
-        dialog.setMode(SettingDialog::CloseChoicePage, 0);
-        dialog.show();
-        QVERIFY(!child<QLineEdit>(dialog, "folderEdit"));
-        QVERIFY(!child<QCheckBox>(dialog, "autostartBox")->isVisible());
-        QVERIFY(!child<QPushButton>(dialog, "cancelBtn")->isVisible());
-        QCOMPARE(child<QFrame>(dialog, "topframe")->geometry(), QRect(0, 0, 540, 187));
-        child<QRadioButton>(dialog, "exitRadio")->click();
-        child<QPushButton>(dialog, "okBtn")->click();
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        open(SettingDialog::CloseChoicePage, 0);
+        QVERIFY(!child("folderEdit") && !child("autostartBox")->isVisible() && !child("cancelBtn")->isVisible());
+        QCOMPARE(child("topframe")->geometry(), QRect(0, 0, 540, 187));
+        child<QRadioButton>("exitRadio")->click();
+        pressOk();
+        QVERIFY(accepted());
         QCOMPARE(readSettingValue(kProductKey, kDirectClose), QStringLiteral("1"));
-        QVERIFY(readSettingValue(kAutostartKey, kProductName).isEmpty());
         QVERIFY(readSettingValue(kProductKey, kDownLoadPath).isEmpty());
+        QVERIFY(readSettingValue(kAutostartKey, kProductName).isEmpty());
     }
 
     void unknownPageLaysOutNothing()
     {
-        SettingDialog dialog;
-        dialog.setMode(9, 0);
-        dialog.show();
-        QVERIFY(child<QFrame>(dialog, "topframe")->styleSheet().isEmpty());
-        QVERIFY(!child<QLineEdit>(dialog, "folderEdit"));
+        open(9, 0);
+        QVERIFY(child("topframe")->styleSheet().isEmpty());
+        QVERIFY(!child("folderEdit"));
         for (const char* name : {"autostartBox", "exitRadio", "minRadio", "cancelBtn"})
-            QVERIFY2(!child<QWidget>(dialog, name)->isVisible(), name);
-        QCOMPARE(child<QPushButton>(dialog, "okBtn")->geometry(), QRect(75, 430, 415, 56));
-        child<QPushButton>(dialog, "okBtn")->click();
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+            QVERIFY2(!child(name)->isVisible(), name);
+        QCOMPARE(child("okBtn")->geometry(), QRect(75, 430, 415, 56));
+        pressOk();
+        QVERIFY(accepted());
         QVERIFY(readSettingValue(kProductKey, kDirectClose).isEmpty());
     }
 
@@ -180,20 +158,16 @@ private slots:
     {
         QTemporaryDir folder;
         writeSettingValue(kProductKey, kDownLoadPath, folder.path() + QLatin1Char('/'));
-        SettingDialog dialog;
-        dialog.setMode(SettingDialog::SettingsPage, 1);
-        dialog.show();
-        child<QCheckBox>(dialog, "autostartBox")->click();
-        child<QPushButton>(dialog, "okBtn")->click();
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-
+        open(SettingDialog::SettingsPage, 1);
+        child<QCheckBox>("autostartBox")->click();
+        pressOk();
+        QVERIFY(accepted());
         QCOMPARE(readSettingValue(kAutostartKey, kProductName),
                  QCoreApplication::applicationDirPath() + QStringLiteral("//MELO.exe"));
         QFile entry(autostartEntryPath());
         QVERIFY(entry.open(QIODevice::ReadOnly));
         const QStringList lines = QString::fromUtf8(entry.readAll()).split(QLatin1Char('\n'));
         QVERIFY(lines.contains(QStringLiteral("Exec=") + QCoreApplication::applicationFilePath()));
-        QVERIFY(lines.contains(QStringLiteral("Type=Application")));
     }
 };
 
