@@ -1,6 +1,7 @@
 #include "ShowAppDialog.h"
 
-#include <QCoreApplication>
+#include "CardStyle.h"
+
 #include <QFrame>
 #include <QLabel>
 #include <QPixmap>
@@ -8,12 +9,7 @@
 
 ShowAppDialog::ShowAppDialog(QWidget* parent, const QString&, const QString&) : QDialog(parent)
 {
-    setObjectName(QStringLiteral("ShowAppDialog"));
-    setWindowTitle(QCoreApplication::translate("ShowAppDialog", "系统设置"));
-    setWindowFlags(windowFlags() | Qt::FramelessWindowHint);
-    setFixedSize(260, 300);
-    setStyleSheet(QStringLiteral(
-        "QDialog{background-color: #FFFFFF; border:none; border-radius:6px;border-color:#FFFFFF;}"));
+    setupCardDialog(this, "ShowAppDialog", QSize(260, 300));
 
     auto* frame = new QFrame(this);
     frame->setObjectName(QStringLiteral("frame"));

@@ -1,8 +1,9 @@
 #include "UserDialog.h"
 
+#include "CardStyle.h"
+
 #include "GlobalConstants.h"
 
-#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QEvent>
 #include <QFont>
@@ -32,12 +33,7 @@ QPushButton* makeButton(QWidget* parent, const char* name, const QRect& geometry
 
 UserDialog::UserDialog(QWidget* parent, const QString&, const QString&) : QDialog(parent)
 {
-    setObjectName(QStringLiteral("UserDialog"));
-    setWindowTitle(QCoreApplication::translate("UserDialog", "系统设置"));
-    setWindowFlags(windowFlags() | Qt::FramelessWindowHint);
-    setFixedSize(356, 215);
-    setStyleSheet(QStringLiteral(
-        "QDialog{background-color: #FFFFFF; border:none; border-radius:6px;border-color:#FFFFFF;}"));
+    setupCardDialog(this, "UserDialog", QSize(356, 215));
 
     m_faceLabel = new QLabel(this);
     m_faceLabel->setObjectName(QStringLiteral("faceLabel"));
