@@ -21,7 +21,6 @@ BrisaQT::BrisaQT(QWidget* parent) : QMainWindow(parent)
     setWindowFlags(windowFlags() | Qt::FramelessWindowHint);
     buildUi();
     buildTray();
-    setupWebViews();
     buildTitleBar();
     buildEditorPanel();
     setMaximumSize(FrameLayout::kMaximizedSize);

@@ -46,11 +46,3 @@ void BrisaQT::buildUi()
     setWindowTitle(QCoreApplication::translate("BrisaQTClass", kMainWindowTitle));
     QMetaObject::connectSlotsByName(this);
 }
-
-// The pages, their channels and the bridge object are set up by the page
-// bridge; the frame only fixes what the views offer by themselves.
-void BrisaQT::setupWebViews()
-{
-    m_webEngineView->setContextMenuPolicy(Qt::NoContextMenu);
-    m_webEngineView2->setContextMenuPolicy(Qt::NoContextMenu);
-}
