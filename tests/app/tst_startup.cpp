@@ -272,12 +272,13 @@ private slots:
         QCOMPARE(melo->exitStatus(), QProcess::NormalExit);
         QCOMPARE(melo->exitCode(), 0);
 
-        QFile ran(folder.path() + QStringLiteral("/updater-ran"));
-        if (updaterPresent) {
-            QTRY_VERIFY(ran.exists());
-            QVERIFY(ran.open(QIODevice::ReadOnly));
-            QCOMPARE(ran.readAll().trimmed(), QByteArray("0"));
-        }
+        // The detached updater notes its argument count when it has run.
+        const auto updaterNote = [&folder]() {
+            QFile note(folder.path() + QStringLiteral("/updater-ran"));
+            return note.open(QIODevice::ReadOnly) ? note.readAll().trimmed() : QByteArray("not run");
+        };
+        if (updaterPresent)
+            QTRY_COMPARE(updaterNote(), QByteArray("0"));
     }
 };
 
