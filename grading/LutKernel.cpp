@@ -64,17 +64,32 @@ namespace {
 
 bool pathAvailable(LutPath path)
 {
-    if (path == LutPath::Portable)
-        return true;
-    return lutRowAvx2 != nullptr && cv::checkHardwareSupport(CV_CPU_AVX2);
+    switch (path) {
+    case LutPath::Portable: return true;
+    case LutPath::Avx2: return lutRowAvx2 && cv::checkHardwareSupport(CV_CPU_AVX2);
+    case LutPath::Avx512:
+        return lutRowAvx512 && cv::checkHardwareSupport(CV_CPU_AVX_512F) &&
+               cv::checkHardwareSupport(CV_CPU_AVX_512VL) && cv::checkHardwareSupport(CV_CPU_AVX_512BW) &&
+               cv::checkHardwareSupport(CV_CPU_AVX_512VBMI);
+    }
+    return false;
 }
 
 LutPath initialPath()
 {
-    const char* forced = std::getenv("MELO_LUT_PATH");
-    if (forced && std::strcmp(forced, "portable") == 0)
-        return LutPath::Portable;
-    return pathAvailable(LutPath::Avx2) ? LutPath::Avx2 : LutPath::Portable;
+    const struct {
+        const char* name;
+        LutPath path;
+    } named[] = {{"portable", LutPath::Portable}, {"avx2", LutPath::Avx2}, {"avx512", LutPath::Avx512}};
+    if (const char* forced = std::getenv("MELO_LUT_PATH")) {
+        for (const auto& entry : named)
+            if (std::strcmp(forced, entry.name) == 0 && pathAvailable(entry.path))
+                return entry.path;
+    }
+    for (LutPath path : {LutPath::Avx512, LutPath::Avx2})
+        if (pathAvailable(path))
+            return path;
+    return LutPath::Portable;
 }
 
 std::atomic<LutPath>& currentPath()
@@ -85,7 +100,11 @@ std::atomic<LutPath>& currentPath()
 
 LutRowFunction rowFunction(LutPath path)
 {
-    return path == LutPath::Avx2 ? lutRowAvx2 : lutRowPortable;
+    switch (path) {
+    case LutPath::Avx2: return lutRowAvx2;
+    case LutPath::Avx512: return lutRowAvx512;
+    default: return lutRowPortable;
+    }
 }
 
 // Enough pixels per piece of work that scheduling costs nothing, small

@@ -1,9 +1,10 @@
 // A LUT prepared once for fast application to 8-bit BGR images.
 //
 // applyLut gives exactly the bytes of the plain arithmetic in LutApply.h; it
-// processes rows on all cores and, where the processor has AVX2, eight pixels
-// at a time. The implementation is chosen once, at first use; the environment
-// variable MELO_LUT_PATH=portable (or setLutPath) forces the portable one.
+// processes rows on all cores and, where the processor has AVX2 or AVX-512,
+// eight pixels at a time. The implementation is chosen once, at first use;
+// the environment variable MELO_LUT_PATH (portable, avx2, avx512) or
+// setLutPath forces one.
 #pragma once
 
 #include "LutReader.h"
@@ -36,7 +37,7 @@ cv::Mat applyLut(const cv::Mat& bgr8, const LutKernel& kernel);
 // type; out may be the input itself).
 void applyLutInto(const cv::Mat& bgr8, const LutKernel& kernel, cv::Mat& out);
 
-enum class LutPath { Portable, Avx2 };
+enum class LutPath { Portable, Avx2, Avx512 };
 LutPath lutPath();
 // Chooses the implementation; false (and no change) when the processor or
 // the build cannot run it.

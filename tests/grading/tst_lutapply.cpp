@@ -28,6 +28,8 @@ LutRgb wild(float r, float g, float b)
             1.2f - 1.5f * b + 0.4f * std::sin(13 * g)};
 }
 
+// Applies with the given implementation (the chosen one if the processor
+// lacks it).
 cv::Mat applyWithPath(LutPath path, const cv::Mat& image, const QByteArray& file)
 {
     const LutPath before = lutPath();
@@ -74,11 +76,15 @@ private slots:
                   })),
         };
         const char* names[] = {"identity 2", "33-point look", "64 points beyond 0 and 1", "infinite corners"};
+        const LutPath before = lutPath();
         for (int t = 0; t < 4; ++t) {
             QTest::newRow(QByteArray(names[t]) + ", portable") << tables[t] << LutPath::Portable;
             if (setLutPath(LutPath::Avx2))
                 QTest::newRow(QByteArray(names[t]) + ", AVX2") << tables[t] << LutPath::Avx2;
+            if (setLutPath(LutPath::Avx512))
+                QTest::newRow(QByteArray(names[t]) + ", AVX-512") << tables[t] << LutPath::Avx512;
         }
+        setLutPath(before);
     }
 
     void everyColourMatchesThePlainArithmetic()
@@ -127,7 +133,7 @@ private slots:
         const QByteArray file = table("flat.cube", "LUT_3D_SIZE 2\n" + (entry + "\n").repeated(8));
         cv::Mat image(2, 37, CV_8UC3);
         cv::randu(image, 0, 256);
-        for (LutPath path : {LutPath::Portable, LutPath::Avx2}) {
+        for (LutPath path : {LutPath::Portable, LutPath::Avx2, LutPath::Avx512}) {
             clearLutCache();
             const cv::Mat out = applyWithPath(path, image, file);
             QCOMPARE(cv::countNonZero(out.reshape(1) != expected), 0);
