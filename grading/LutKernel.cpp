@@ -1,5 +1,6 @@
 #include "LutKernel.h"
 
+#include "ImageBuffers.h"
 #include "LutApply.h"
 #include "LutRows.h"
 #include "LutTetrahedral.h"
@@ -130,7 +131,7 @@ void applyLutInto(const cv::Mat& image, const LutKernel& kernel, cv::Mat& out)
         out.release();
         return;
     }
-    out.create(src.size(), CV_8UC3);
+    createReusable(out, src.size(), CV_8UC3);
     const LutRowFunction row = rowFunction(lutPath());
     const int cols = src.cols;
     const bool continuous = src.isContinuous() && out.isContinuous();

@@ -5,6 +5,7 @@
 //
 // The picture is a real sample photograph upscaled to 6000x4000 with film-like
 // grain added, so neighbouring pixels differ as they do in a camera image.
+#include "LayerGrading.h"
 #include "LutApply.h"
 #include "LutCache.h"
 #include "LutKernel.h"
@@ -45,15 +46,16 @@ double medianMs(int runs, const std::function<void()>& work)
     return median(times);
 }
 
-cv::Mat photographLike()
+// A sample photograph upscaled to the given size with grain added.
+cv::Mat photographLike(const char* name, cv::Size size)
 {
-    const cv::Mat photo = cv::imread(MELO_SAMPLES_DIR "/coffee.png", cv::IMREAD_COLOR);
+    const cv::Mat photo = cv::imread(std::string(MELO_SAMPLES_DIR "/") + name, cv::IMREAD_COLOR);
     if (photo.empty()) {
-        fprintf(stderr, "lut_bench: cannot read the sample photograph\n");
+        fprintf(stderr, "lut_bench: cannot read the sample photograph %s\n", name);
         exit(1);
     }
     cv::Mat big;
-    cv::resize(photo, big, cv::Size(6000, 4000), 0, 0, cv::INTER_CUBIC);
+    cv::resize(photo, big, size, 0, 0, cv::INTER_CUBIC);
     cv::Mat grain(big.size(), CV_16SC3);
     cv::theRNG().state = 20240601;
     cv::randn(grain, 0, 6);
@@ -81,7 +83,7 @@ int main(int argc, char** argv)
 {
     const bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
     const std::string cube = MELO_PRESET_DIR "/MELO/1/10.CUBE";
-    const cv::Mat image = photographLike();
+    const cv::Mat image = photographLike("coffee.png", cv::Size(6000, 4000));
 
     clearLutCache();
     const auto kernel = loadLutCached(cube);
@@ -94,10 +96,17 @@ int main(int argc, char** argv)
     report("apply_33_24mp_ms", medianMs(quick ? 5 : 21, [&] { out = applyLut(image, *kernel); }), "ms");
     report("apply_33_24mp_reused_output_ms", medianMs(quick ? 5 : 21, [&] { applyLutInto(image, *kernel, out); }),
            "ms");
-    if (setLutPath(LutPath::Portable)) {
-        report("apply_33_24mp_portable_ms", medianMs(3, [&] { applyLutInto(image, *kernel, out); }), "ms");
-        setLutPath(LutPath::Avx2);
+    // The other implementations, for comparison.
+    const LutPath chosen = lutPath();
+    const struct {
+        LutPath path;
+        const char* name;
+    } others[] = {{LutPath::Avx2, "apply_33_24mp_avx2_ms"}, {LutPath::Portable, "apply_33_24mp_portable_ms"}};
+    for (const auto& other : others) {
+        if (other.path != chosen && setLutPath(other.path))
+            report(other.name, medianMs(quick ? 3 : 5, [&] { applyLutInto(image, *kernel, out); }), "ms");
     }
+    setLutPath(chosen);
     report("scalar_ref_24mp_ms",
            medianMs(quick ? 1 : 3, [&] { out = applyLutFileReference(image, cube.c_str()); }), "ms");
 
@@ -121,6 +130,19 @@ int main(int argc, char** argv)
         }
     }
 
+    // One preview regrade as the editor does it: three layers, each a LUT
+    // application and a blend, on a 1200 x 900 preview (tables cached).
+    const cv::Mat preview = photographLike("chelsea.png", cv::Size(1200, 900));
+    LayerSelection selection;
+    selection.ids[0] = 0;
+    selection.ids[1] = 1;
+    selection.ids[2] = 5;
+    selection.strengths[1] = 60;
+    const QString library = QStringLiteral(MELO_PRESET_DIR "/MELO");
+    gradeLayers(preview, 1, selection, library);
+    report("grade_preview_3layers_ms", medianMs(quick ? 5 : 41, [&] { gradeLayers(preview, 1, selection, library); }),
+           "ms");
+
     report("parse_cube33_ms", medianMs(quick ? 5 : 31, [&] {
                clearLutCache();
                loadLutCached(cube);
@@ -128,5 +150,13 @@ int main(int argc, char** argv)
            "ms");
     loadLutCached(cube);
     report("cached_cube33_ms", medianMs(101, [&] { loadLutCached(cube); }), "ms");
+
+    // The conditions of the run.
+    const char* paths[] = {"portable", "avx2", "avx512"};
+    printf("lut_path %s name\n", paths[int(lutPath())]);
+    printf("threads %d count\n", cv::getNumThreads());
+    double load[1] = {0};
+    if (getloadavg(load, 1) == 1)
+        printf("load_average_1min %.2f load\n", load[0]);
     return 0;
 }

@@ -229,6 +229,23 @@ private slots:
         QVERIFY(std::memcmp(src, dst, 3) != 0);
     }
 
+    // Grading the same size again takes the memory of a released result
+    // instead of faulting in fresh pages; results still in use are left alone.
+    void largeOutputsReuseMemory()
+    {
+        const auto kernel = loadLutCached(MELO_PRESET_DIR "/MELO/0/0.CUBE");
+        QVERIFY(kernel);
+        const cv::Mat image = m_everyColour(cv::Rect(0, 0, 1000, 1000)).clone();
+        cv::Mat first = applyLut(image, *kernel);
+        const cv::Mat kept = applyLut(image, *kernel);
+        const uchar* released = first.data;
+        first.release();
+        const cv::Mat again = applyLut(image, *kernel);
+        QCOMPARE(again.data, released);
+        QVERIFY(kept.data != released);
+        QVERIFY(sameImage(again, kept));
+    }
+
     void cacheFollowsTheFile()
     {
         clearLutCache();
