@@ -1,0 +1,41 @@
+// Grading a photograph with up to three preset layers (top, mid, down).
+//
+// Each chosen layer applies its preset's LUT to the result so far (the base
+// for the first one) and lays the LUT output over that result at the layer's
+// strength. The editor's preview, its full-resolution save and the batch tool
+// all grade through gradeLayers.
+#pragma once
+
+#include "Presets.h"
+
+#include <opencv2/core.hpp>
+
+#include <QString>
+
+enum class PresetLayer { Top = 0, Mid = 1, Down = 2 };
+inline constexpr int kPresetLayerCount = 3;
+
+// The file number of a layer's preset button: top id, mid id + 4, down id + 8.
+int presetFileNumber(PresetLayer layer, int id);
+
+// base * (1 - a) + lutOut * a + 1 with a = strength / 100 (single precision,
+// then widened), saturated; the constant 1 is part of the look and is kept.
+cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength);
+
+struct LayerSelection {
+    int ids[kPresetLayerCount] = {-1, -1, -1};  // button id per layer, -1 for none
+    int strengths[kPresetLayerCount] = {100, 100, 100};
+};
+
+struct LayerGradeResult {
+    cv::Mat image;          // the graded picture, or the base when nothing was graded
+    cv::Mat lastLutOutput;  // the most recent LUT output before its blend
+    bool graded = false;    // at least one layer was applied
+};
+
+// Grades base (converted to 8-bit BGR as toBgr8 does) with the chosen layers
+// of a scene, reading presets under root. A layer whose preset is missing or
+// unreadable, or any layer when the scene is not 0 to 5, is skipped with one
+// line on standard output; the other layers still apply.
+LayerGradeResult gradeLayers(const cv::Mat& base, int scene, const LayerSelection& selection,
+                             const QString& root = presetRoot());
