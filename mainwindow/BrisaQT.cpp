@@ -34,7 +34,10 @@ BrisaQT::BrisaQT(QWidget* parent) : QMainWindow(parent)
     layoutFrame();
 }
 
-BrisaQT::~BrisaQT() = default;
+BrisaQT::~BrisaQT()
+{
+    stopWorkerThread();
+}
 
 // ---- Window size ----------------------------------------------------------
 
