@@ -3,9 +3,13 @@
 // window creates and wires this worker but no path of the program starts it.
 #pragma once
 
+#include <QMetaType>
 #include <QObject>
 
 #include <opencv2/core.hpp>
+
+// Images travel between threads in queued signals (registered as "cv::Mat").
+Q_DECLARE_METATYPE(cv::Mat)
 
 class MyThread : public QObject
 {
