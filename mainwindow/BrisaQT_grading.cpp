@@ -15,7 +15,7 @@
 void BrisaQT::applyLayers(bool full)
 {
     const int scene = m_document.m_sceneIndex;
-    if (scene >= 0 && gradeDocument(m_document, scene, m_gradingPanel->selection(), full)) {
+    if (scene >= 0 && gradeDocument(m_document, scene, m_gradingPanel->selection(), full, &m_previewGrades)) {
         if (!full)
             showMat(m_document.m_dstMat);
         return;

@@ -31,6 +31,7 @@ void BrisaQT::start_timer_event(setting& st)
     m_saveSetting = st;
     if (!m_saveTimer) {
         m_saveTimer = new QTimer(this);
+        m_saveTimer->setObjectName(QStringLiteral("saveTimer"));
         m_saveTimer->setSingleShot(true);
         connect(m_saveTimer, &QTimer::timeout, this, &BrisaQT::timerTimeout);
     }

@@ -15,7 +15,7 @@ void BrisaQT::applyRandom(bool full, bool replay, int strength)
     const RandomPick& pick = m_smartDraw.pick();
     // The preset buttons, the combo box and the document's scene stay as
     // they are: the pick carries its own scene.
-    if (gradeDocument(m_document, pick.scene, pick.selection(strength), full) && !full)
+    if (gradeDocument(m_document, pick.scene, pick.selection(strength), full, &m_previewGrades) && !full)
         showMat(m_document.m_dstMat);
 }
 
