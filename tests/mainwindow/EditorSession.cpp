@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QTest>
 
+#include <cstdlib>
+
 bool installPresets()
 {
     const QString target = QDir::tempPath() + QStringLiteral("/MELO");
@@ -33,6 +35,21 @@ QString placePhoto(const QString& sample, const QString& folder, const QString& 
     QFile::remove(path);
     QFile::copy(QStringLiteral(MELO_SAMPLES_DIR "/") + sample, path);
     return path;
+}
+
+unsigned seedForDraws(RandomPick* picks, int count)
+{
+    for (unsigned seed = 1;; ++seed) {
+        std::srand(seed);
+        SmartDraw draw;
+        bool usable = true;
+        for (int i = 0; i < count; ++i) {
+            picks[i] = draw.draw();
+            usable = usable && picks[i].scene >= 0 && picks[i].hasLayers() && (i == 0 || picks[i] != picks[i - 1]);
+        }
+        if (usable)
+            return seed;
+    }
 }
 
 EditorSession::EditorSession()

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "BrisaQT.h"
+#include "SmartDraw.h"
 
 #include <QString>
 #include <QTemporaryDir>
@@ -20,6 +21,10 @@ bool installPresets();
 // A copy of the sample photograph `sample` at <temp>/photos/<folder>/<name>
 // (`name` defaults to the sample's file name); the folder names the scene.
 QString placePhoto(const QString& sample, const QString& folder, const QString& name = QString());
+
+// A seed for std::srand after which the next smart draws each pick a scene
+// and a layer, all different: picks[] receives them.
+unsigned seedForDraws(RandomPick* picks, int count);
 
 class EditorSession
 {

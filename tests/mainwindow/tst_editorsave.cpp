@@ -107,14 +107,8 @@ private slots:
     void noPresetUsesTheSmartPick()
     {
         const QString photo = open(QStringLiteral("chelsea.png"), QStringLiteral("自然景观"));
-        unsigned seed = 1;
         RandomPick pick;
-        for (;; ++seed) {
-            std::srand(seed);
-            pick = SmartDraw().draw();
-            if (pick.scene >= 0 && pick.hasLayers())
-                break;
-        }
+        const unsigned seed = seedForDraws(&pick, 1);
         std::srand(seed);
         button("randBtn")->click();
         s().find<MySlider>("randSlider")->setValue(80);
