@@ -247,6 +247,7 @@ private:
     void layerSliderChanged(PresetLayer layer, int value);
     void layerSpinChanged(PresetLayer layer, int value);
     void resetLayer(PresetLayer layer);
+    bool showSmartStep(SmartDraw::Step step, const QString& endText);  // BrisaQT_smart.cpp
     void buildCropTools();          // BrisaQT_crop.cpp
     void showCroppedImage();
     void regradeFull();             // BrisaQT_save.cpp

@@ -38,34 +38,25 @@ void BrisaQT::resetRandImage()
     resetImage();
 }
 
-// Stepping applies the pick at 50 whatever the smart slider shows.
+// Stepping applies the pick at 50 whatever the smart slider shows. True when
+// there was no record in that direction (the user has been told).
+bool BrisaQT::showSmartStep(SmartDraw::Step step, const QString& endText)
+{
+    if (step == SmartDraw::Step::Moved)
+        applyRandom(false, true, GradingPanel::kSmartStrength);
+    if (step != SmartDraw::Step::AtEnd)
+        return false;
+    QMessageBox::information(nullptr, QStringLiteral("提示"), endText, QMessageBox::Ok);
+    return true;
+}
+
 void BrisaQT::resetDownRandImage()
 {
-    switch (m_smartDraw.stepForward()) {
-    case SmartDraw::Step::Moved:
-        applyRandom(false, true, GradingPanel::kSmartStrength);
-        break;
-    case SmartDraw::Step::AtEnd:
-        QMessageBox::information(nullptr, QStringLiteral("提示"),
-                                 QStringLiteral("没有更多的智能推荐历史了，可以尝试点击智能推荐！"), QMessageBox::Ok);
-        break;
-    case SmartDraw::Step::NotFound:
-        break;
-    }
+    showSmartStep(m_smartDraw.stepForward(), QStringLiteral("没有更多的智能推荐历史了，可以尝试点击智能推荐！"));
 }
 
 void BrisaQT::resetUpRandImage()
 {
-    switch (m_smartDraw.stepBack()) {
-    case SmartDraw::Step::Moved:
-        applyRandom(false, true, GradingPanel::kSmartStrength);
-        break;
-    case SmartDraw::Step::AtEnd:
-        QMessageBox::information(nullptr, QStringLiteral("提示"),
-                                 QStringLiteral("没有更多的智能推荐历史了，点击确定会变成原图"), QMessageBox::Ok);
+    if (showSmartStep(m_smartDraw.stepBack(), QStringLiteral("没有更多的智能推荐历史了，点击确定会变成原图")))
         resetImage();
-        break;
-    case SmartDraw::Step::NotFound:
-        break;
-    }
 }
