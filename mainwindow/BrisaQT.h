@@ -240,8 +240,7 @@ private:
     void layoutEditorTools();       // BrisaQT_edit.cpp, part of layoutEditor
     bool openPhotograph(const QString& path);  // BrisaQT_document.cpp
     void refitImageView();
-    void showDocument();            // BrisaQT_document.cpp
-    void leaveCompare();            // BrisaQT_document.cpp
+    void leaveCompare();
     void buildGradingPanel();       // BrisaQT_gradingpanel.cpp
     void changeLayerGroup(PresetLayer layer);    // BrisaQT_grading.cpp
     void layerSliderChanged(PresetLayer layer, int value);
