@@ -76,6 +76,35 @@ private slots:
         QCOMPARE(nothing.image.data, base.data);
     }
 
+    // Regrades through a memo give the fresh results, reusing what did not
+    // change: moving a strength re-blends without applying the LUT again.
+    void memoRegradesOnlyWhatChanged()
+    {
+        const cv::Mat base = photo();
+        LayerSelection selection;
+        selection.ids[0] = 2;
+        selection.ids[2] = 5;
+        LayerGradeMemo memo;
+        const cv::Mat lastLut = gradeLayers(base, 1, selection, kLibrary, &memo).lastLutOutput;
+        int differing = 0;
+        auto regrade = [&] {
+            const LayerGradeResult viaMemo = gradeLayers(base, 1, selection, kLibrary, &memo);
+            differing += !sameImage(viaMemo.image, gradeLayers(base, 1, selection, kLibrary).image);
+            return viaMemo.lastLutOutput;
+        };
+        selection.strengths[2] = 30;
+        QCOMPARE(regrade().data, lastLut.data);
+        selection.strengths[0] = 45;  // changes what the down layer is applied to
+        QVERIFY(regrade().data != lastLut.data);
+        selection.ids[0] = 3;
+        regrade();
+        selection.ids[2] = -1;
+        regrade();
+        selection.ids[1] = 0;
+        regrade();
+        QCOMPARE(differing, 0);
+    }
+
     void brokenLayersAreSkipped_data()
     {
         QTest::addColumn<int>("scene");
