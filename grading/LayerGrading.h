@@ -6,11 +6,14 @@
 // all grade through gradeLayers.
 #pragma once
 
+#include "LutKernel.h"
 #include "Presets.h"
 
 #include <opencv2/core.hpp>
 
 #include <QString>
+
+#include <memory>
 
 enum class PresetLayer { Top = 0, Mid = 1, Down = 2 };
 inline constexpr int kPresetLayerCount = 3;
@@ -33,9 +36,30 @@ struct LayerGradeResult {
     bool graded = false;    // at least one layer was applied
 };
 
+// What the last grading of one picture computed, layer by layer. Given to
+// gradeLayers again with the same picture (the same pixels, which nobody has
+// written to), it lets a regrade skip the layers before the first one that
+// changed, and the LUT application of a layer whose strength alone changed.
+// The results are the same as without it. Meant for the interactive preview.
+class LayerGradeMemo {
+public:
+    void clear();
+
+private:
+    friend LayerGradeResult gradeLayers(const cv::Mat&, int, const LayerSelection&, const QString&,
+                                        LayerGradeMemo*);
+    struct Stage {
+        std::shared_ptr<const LutKernel> kernel;  // null: the layer was not applied
+        int strength = 0;
+        cv::Mat lutOut, image;
+    };
+    cv::Mat m_base;
+    Stage m_stages[kPresetLayerCount];
+};
+
 // Grades base (converted to 8-bit BGR as toBgr8 does) with the chosen layers
 // of a scene, reading presets under root. A layer whose preset is missing or
 // unreadable, or any layer when the scene is not 0 to 5, is skipped with one
 // line on standard output; the other layers still apply.
 LayerGradeResult gradeLayers(const cv::Mat& base, int scene, const LayerSelection& selection,
-                             const QString& root = presetRoot());
+                             const QString& root = presetRoot(), LayerGradeMemo* memo = nullptr);

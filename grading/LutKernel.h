@@ -28,10 +28,12 @@ struct LutKernel {
     float fraction[256];
 };
 
+// The kernel of a table read by one of the readers (lutSize 2 to 64).
 std::shared_ptr<const LutKernel> makeLutKernel(const Lut3D& lut);
 
 // The image graded by the kernel: a new 8-bit BGR image of the same size
 // (an input of another type is converted as toBgr8 does; empty stays empty).
+// Its memory comes from reusingImageAllocator (ImageBuffers.h).
 cv::Mat applyLut(const cv::Mat& bgr8, const LutKernel& kernel);
 // The same into out (reallocated unless it already has the right size and
 // type; out may be the input itself).

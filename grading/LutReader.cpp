@@ -85,6 +85,20 @@ public:
     }
     const char* line() const { return m_line; }
 
+    // Fills the table blue fastest, then green, red slowest; readEntry(entry)
+    // fills one entry and returns false to end the reading.
+    template <typename ReadEntry>
+    bool fillBlueFastest(ReadEntry readEntry)
+    {
+        const int size = m_lut->lutSize;
+        for (int r = 0; r < size; ++r)
+            for (int g = 0; g < size; ++g)
+                for (int b = 0; b < size; ++b)
+                    if (!readEntry(m_lut->lut[r][g][b]))
+                        return false;
+        return true;
+    }
+
 private:
     FILE* m_file;
     Lut3D* m_lut = nullptr;
@@ -160,17 +174,15 @@ Lut3D* parse3dl(const char* path)
     if (!in.nextMeaningfulLine())
         return nullptr;
     const float scale = 1.0f / 4096.0f;
-    for (int r = 0; r < k3dlSize; ++r)
-        for (int g = 0; g < k3dlSize; ++g)
-            for (int b = 0; b < k3dlSize; ++b) {
-                int values[3];
-                if (!in.nextMeaningfulLine() || scanThreeInts(in.line(), values) < 3)
-                    return nullptr;
-                float* entry = in.lut()->lut[r][g][b];
-                for (int c = 0; c < 3; ++c)
-                    entry[c] = float(values[c]) * scale;
-            }
-    return in.release();
+    const bool read = in.fillBlueFastest([&](float* entry) {
+        int values[3];
+        if (!in.nextMeaningfulLine() || scanThreeInts(in.line(), values) < 3)
+            return false;
+        for (int c = 0; c < 3; ++c)
+            entry[c] = float(values[c]) * scale;
+        return true;
+    });
+    return read ? in.release() : nullptr;
 }
 
 Lut3D* parseDat(const char* path)
@@ -190,16 +202,13 @@ Lut3D* parseDat(const char* path)
         return nullptr;
     // The line already read holds the first entry.
     bool haveLine = true;
-    for (int r = 0; r < size; ++r)
-        for (int g = 0; g < size; ++g)
-            for (int b = 0; b < size; ++b) {
-                if (!haveLine && !in.nextMeaningfulLine())
-                    return nullptr;
-                haveLine = false;
-                if (scanThreeFloats(in.line(), in.lut()->lut[r][g][b]) < 3)
-                    return nullptr;
-            }
-    return in.release();
+    const bool read = in.fillBlueFastest([&](float* entry) {
+        if (!haveLine && !in.nextMeaningfulLine())
+            return false;
+        haveLine = false;
+        return scanThreeFloats(in.line(), entry) == 3;
+    });
+    return read ? in.release() : nullptr;
 }
 
 namespace {
@@ -258,15 +267,13 @@ Lut3D* parseM3d(const char* path)
     const float scale = 1.0f / float(outCount - 1);
     if (!in.allocate(size))
         return nullptr;
-    for (int r = 0; r < size; ++r)
-        for (int g = 0; g < size; ++g)
-            for (int b = 0; b < size; ++b) {
-                float values[3];
-                if (!in.nextLineOrEof() || scanThreeFloats(in.line(), values) < 3)
-                    return nullptr;
-                float* entry = in.lut()->lut[r][g][b];
-                for (int c = 0; c < 3; ++c)
-                    entry[c] = scale * values[map[c]];
-            }
-    return in.release();
+    const bool read = in.fillBlueFastest([&](float* entry) {
+        float values[3];
+        if (!in.nextLineOrEof() || scanThreeFloats(in.line(), values) < 3)
+            return false;
+        for (int c = 0; c < 3; ++c)
+            entry[c] = scale * values[map[c]];
+        return true;
+    });
+    return read ? in.release() : nullptr;
 }

@@ -142,6 +142,15 @@ int main(int argc, char** argv)
     gradeLayers(preview, 1, selection, library);
     report("grade_preview_3layers_ms", medianMs(quick ? 5 : 41, [&] { gradeLayers(preview, 1, selection, library); }),
            "ms");
+    // The same with the editor's memo while a slider of the last layer moves:
+    // only its blend is redone.
+    LayerGradeMemo memo;
+    int strength = 0;
+    report("regrade_preview_down_strength_ms", medianMs(quick ? 5 : 41, [&] {
+               selection.strengths[2] = strength++ % 101;
+               gradeLayers(preview, 1, selection, library, &memo);
+           }),
+           "ms");
 
     report("parse_cube33_ms", medianMs(quick ? 5 : 31, [&] {
                clearLutCache();

@@ -50,16 +50,6 @@ private slots:
         QCOMPARE(blendLayer(white, white, strength).at<cv::Vec3b>(0, 0), cv::Vec3b::all(255));
     }
 
-    void fileNumbersAndPaths()
-    {
-        QCOMPARE(presetFileNumber(PresetLayer::Top, 3), 3);
-        QCOMPARE(presetFileNumber(PresetLayer::Mid, 0), 4);
-        QCOMPARE(presetFileNumber(PresetLayer::Down, 11), 19);
-        QCOMPARE(presetFilePath("/x/MELO", 1, 13), QStringLiteral("/x/MELO/1/13.CUBE"));
-        QCOMPARE(presetRoot(), QDir::tempPath() + "/MELO");
-        QCOMPARE(presetFilePath(5, 0), QDir::tempPath() + "/MELO/5/0.CUBE");
-    }
-
     // Top 2 and down 5 of scene 1 are files 2 and 13, the second laid over the
     // blended first.
     void layersApplyInOrder()
@@ -78,15 +68,41 @@ private slots:
         QVERIFY(result.graded);
         QVERIFY(sameImage(result.lastLutOutput, secondLut));
         QVERIFY(sameImage(result.image, blendLayer(first, secondLut, 85)));
+        // The files are found where the editor looks for them.
+        QCOMPARE(presetFilePath(1, 13), QDir::tempPath() + "/MELO/1/13.CUBE");
+
+        const LayerGradeResult nothing = gradeLayers(base, 1, LayerSelection(), kLibrary);
+        QVERIFY(!nothing.graded);
+        QCOMPARE(nothing.image.data, base.data);
     }
 
-    void nothingChosen()
+    // Regrades through a memo give the fresh results, reusing what did not
+    // change: moving a strength re-blends without applying the LUT again.
+    void memoRegradesOnlyWhatChanged()
     {
         const cv::Mat base = photo();
-        const LayerGradeResult result = gradeLayers(base, 0, LayerSelection(), kLibrary);
-        QVERIFY(!result.graded);
-        QCOMPARE(result.image.data, base.data);
-        QVERIFY(result.lastLutOutput.empty());
+        LayerSelection selection;
+        selection.ids[0] = 2;
+        selection.ids[2] = 5;
+        LayerGradeMemo memo;
+        const cv::Mat lastLut = gradeLayers(base, 1, selection, kLibrary, &memo).lastLutOutput;
+        int differing = 0;
+        auto regrade = [&] {
+            const LayerGradeResult viaMemo = gradeLayers(base, 1, selection, kLibrary, &memo);
+            differing += !sameImage(viaMemo.image, gradeLayers(base, 1, selection, kLibrary).image);
+            return viaMemo.lastLutOutput;
+        };
+        selection.strengths[2] = 30;
+        QCOMPARE(regrade().data, lastLut.data);
+        selection.strengths[0] = 45;  // changes what the down layer is applied to
+        QVERIFY(regrade().data != lastLut.data);
+        selection.ids[0] = 3;
+        regrade();
+        selection.ids[2] = -1;
+        regrade();
+        selection.ids[1] = 0;
+        regrade();
+        QCOMPARE(differing, 0);
     }
 
     void brokenLayersAreSkipped_data()

@@ -12,7 +12,6 @@
 #include <QTest>
 
 #include <cmath>
-#include <cstring>
 #include <thread>
 
 Q_DECLARE_METATYPE(LutPath)
@@ -211,39 +210,6 @@ private slots:
         QCOMPARE(out.type(), CV_8UC3);
         QVERIFY(sameImage(out, applyLutFile(bgr, file)));
         QVERIFY(sameImage(out, applyLutFileReference(image, file)));
-    }
-
-    void applyLut8CopiesAlpha()
-    {
-        Lut3D* lut = readLutFile(MELO_PRESET_DIR "/MELO/0/8.CUBE");
-        QVERIFY(lut);
-        const uint8_t map[4] = {0, 1, 2, 3};
-        std::memcpy(lut->rgbaMap, map, 4);
-        lut->step = 4;
-        const uint8_t src[8] = {200, 100, 50, 77, 0, 255, 128, 9};
-        uint8_t dst[8] = {};
-        applyLut8(lut, src, dst, 2, 1, 8);
-        free(lut);
-        QCOMPARE(int(dst[3]), 77);
-        QCOMPARE(int(dst[7]), 9);
-        QVERIFY(std::memcmp(src, dst, 3) != 0);
-    }
-
-    // Grading the same size again takes the memory of a released result
-    // instead of faulting in fresh pages; results still in use are left alone.
-    void largeOutputsReuseMemory()
-    {
-        const auto kernel = loadLutCached(MELO_PRESET_DIR "/MELO/0/0.CUBE");
-        QVERIFY(kernel);
-        const cv::Mat image = m_everyColour(cv::Rect(0, 0, 1000, 1000)).clone();
-        cv::Mat first = applyLut(image, *kernel);
-        const cv::Mat kept = applyLut(image, *kernel);
-        const uchar* released = first.data;
-        first.release();
-        const cv::Mat again = applyLut(image, *kernel);
-        QCOMPARE(again.data, released);
-        QVERIFY(kept.data != released);
-        QVERIFY(sameImage(again, kept));
     }
 
     void cacheFollowsTheFile()
