@@ -14,11 +14,10 @@ constexpr int kMidPresets = 4;
 } // namespace
 
 bool gradeDocument(ImageDocument& doc, int scene, const LayerSelection& selection, bool full,
-                   LayerGradeCache* previewCache, const QString& root)
+                   LayerGradeMemo* previewMemo, const QString& root)
 {
-    const LayerGradeResult result = full || !previewCache
-        ? gradeLayers(full ? doc.m_srcMat : doc.m_showMat, scene, selection, root)
-        : previewCache->grade(doc.m_showMat, scene, selection, root);
+    const LayerGradeResult result = gradeLayers(full ? doc.m_srcMat : doc.m_showMat, scene, selection, root,
+                                                full ? nullptr : previewMemo);
     if (!result.graded)
         return false;
     doc.m_lutMat = result.lastLutOutput;

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "ImageDocument.h"
-#include "LayerGradeCache.h"
 #include "LayerGrading.h"
 
 #include <QImage>
@@ -14,11 +13,11 @@
 // the display image, or with `full` the source into m_orgMat; m_lutMat keeps
 // the last LUT output. Returns false and changes nothing when no layer was
 // applied (none chosen, no picture, scene outside 0..5, presets missing).
-// The preview is graded through `previewCache` when one is given, so a
-// strength step reuses the unchanged layers; the full-resolution image is
-// always graded afresh (keeping its layers would hold a lot of memory).
+// The preview is graded with `previewMemo` when one is given, so a strength
+// step redoes only what changed; the full-resolution image is always graded
+// afresh (keeping its layers would hold a lot of memory).
 bool gradeDocument(ImageDocument& doc, int scene, const LayerSelection& selection, bool full,
-                   LayerGradeCache* previewCache = nullptr, const QString& root = presetRoot());
+                   LayerGradeMemo* previewMemo = nullptr, const QString& root = presetRoot());
 
 // One preset button's face: the thumbnail graded by the preset, and the
 // preset's caption.

@@ -23,7 +23,6 @@
 #pragma once
 
 #include "ImageDocument.h"
-#include "LayerGradeCache.h"
 #include "SaveSetting.h"
 #include "SmartDraw.h"
 
@@ -270,7 +269,7 @@ private:
 
     // -- Editor: state -----------------------------------------------------------
     SmartDraw m_smartDraw;                       // the pick and its history
-    LayerGradeCache m_previewGrades;             // layers of the last preview grade
+    LayerGradeMemo m_previewGrades;              // layers of the last preview grade
     bool m_cropActive = false;
     setting m_saveSetting;                       // the last record received
     QTimer* m_saveTimer = nullptr;               // the save delay, one shot
