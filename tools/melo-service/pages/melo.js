@@ -29,6 +29,7 @@
     }
     new QWebChannel(qt.webChannelTransport, function (channel) {
       app = channel.objects.qtui || null;
+      window.qtui = app;
       markReady();
     });
   }
