@@ -12,6 +12,8 @@ PACKAGES=(
   libcpp-httplib-dev libssl-dev openssl
   # run and test
   xvfb xauth p7zip-full fonts-wqy-microhei locales
+  # window checks and screenshots under Xvfb
+  xdotool x11-utils x11-apps netpbm desktop-file-utils
   # benchmarks and fuzzing
   ffmpeg clang libclang-rt-14-dev
 )

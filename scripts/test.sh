@@ -5,7 +5,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${MELO_BUILD_DIR:-$root/build}
 "$root/scripts/install-deps.sh"
-"$root/scripts/build.sh"
+"$root/scripts/build.sh" -DMELO_BUILD_TESTS=ON
 cd "$build"
 # Qt WebEngine refuses to run as root with its sandbox on.
 export QTWEBENGINE_DISABLE_SANDBOX=1

@@ -48,7 +48,11 @@ void ModalAnswerer::chooseFile(const QString& path)
             dlg->reject();
             return;
         }
-        if (dlg->fileMode() == QFileDialog::Directory)
+        // getExistingDirectory() runs the dialog in the older directory-only
+        // mode; both directory modes take the folder shown as the answer.
+        const QFileDialog::FileMode mode = dlg->fileMode();
+        if (mode != QFileDialog::AnyFile && mode != QFileDialog::ExistingFile
+            && mode != QFileDialog::ExistingFiles)
             dlg->setDirectory(path);
         else
             dlg->selectFile(path);
@@ -83,9 +87,12 @@ void ModalAnswerer::clear()
 void ModalAnswerer::poll()
 {
     QWidget* w = QApplication::activeModalWidget();
-    if (!w || w == m_current || !w->isVisible())
+    // A dialog that is the active modal widget again after a nested one
+    // closed has had its answer already.
+    if (!w || !w->isVisible() || m_handled.contains(w))
         return;
-    m_current = w;
+    m_handled.removeAll(nullptr);
+    m_handled.append(w);
 
     Seen seen;
     seen.className = QString::fromLatin1(w->metaObject()->className());

@@ -52,5 +52,5 @@ private:
     QTimer m_timer;
     QQueue<Handler> m_queue;
     QList<Seen> m_seen;
-    QPointer<QWidget> m_current;
+    QList<QPointer<QWidget>> m_handled;
 };

@@ -1,0 +1,65 @@
+#include "TerminationSignals.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#ifndef Q_OS_WIN
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+// Self-pipe: the handler may only do async-signal-safe work, so it writes a
+// byte that the event loop picks up.
+int g_signalSockets[2] = {-1, -1};
+
+void onTerminationSignal(int)
+{
+    const char byte = 1;
+    [[maybe_unused]] ssize_t written = ::write(g_signalSockets[0], &byte, 1);
+}
+} // namespace
+#endif
+
+TerminationSignalWatcher::TerminationSignalWatcher(QObject* parent) : QObject(parent)
+{
+#ifndef Q_OS_WIN
+    if (g_signalSockets[0] != -1
+        || ::socketpair(AF_UNIX, SOCK_STREAM, 0, g_signalSockets) != 0)
+        return;
+    m_notifier = new QSocketNotifier(g_signalSockets[1], QSocketNotifier::Read, this);
+    connect(m_notifier, SIGNAL(activated(QSocketDescriptor, QSocketNotifier::Type)), this,
+            SLOT(onSignalByte()));
+
+    struct sigaction action = {};
+    action.sa_handler = onTerminationSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGTERM, &action, nullptr);
+    ::sigaction(SIGINT, &action, nullptr);
+#endif
+}
+
+TerminationSignalWatcher::~TerminationSignalWatcher()
+{
+#ifndef Q_OS_WIN
+    if (!m_notifier)
+        return;
+    ::signal(SIGTERM, SIG_DFL);
+    ::signal(SIGINT, SIG_DFL);
+    delete m_notifier;
+    m_notifier = nullptr;
+    ::close(g_signalSockets[0]);
+    ::close(g_signalSockets[1]);
+    g_signalSockets[0] = g_signalSockets[1] = -1;
+#endif
+}
+
+void TerminationSignalWatcher::onSignalByte()
+{
+#ifndef Q_OS_WIN
+    char byte = 0;
+    [[maybe_unused]] ssize_t got = ::read(g_signalSockets[1], &byte, 1);
+#endif
+    QCoreApplication::quit();
+}

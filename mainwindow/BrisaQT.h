@@ -1,0 +1,146 @@
+// The one top-level window: a frameless frame with its own title bar, three
+// stacked views under it (home page, cloud gallery, photo editor), the tray
+// icon and the close behaviour chosen in the settings.
+//
+// The class is built in parts, one file each:
+//   BrisaQT.cpp           construction order, window size, dragging, close,
+//                         links and dialogs of the title bar
+//   BrisaQT_ui.cpp        widget tree of the window and the web views
+//   BrisaQT_titlebar.cpp  logo, navigation, window buttons, login, user frame
+//   BrisaQT_editor.cpp    the editor container and its resize rule
+//   BrisaQT_views.cpp     switching between the three views
+//   BrisaQT_tray.cpp      tray icon, hiding to the tray, delayed close
+// The editor and the page bridge add their own files with their members,
+// slots and builder functions; see the sections below.
+#pragma once
+
+#include <QMainWindow>
+#include <QPoint>
+#include <QSystemTrayIcon>
+
+#include <memory>
+
+class MyMousePressLabel;
+class QAction;
+class QFrame;
+class QLabel;
+class QMenu;
+class QPushButton;
+class QScrollArea;
+class QTimer;
+class QWebEngineView;
+class UserDialog;
+
+class BrisaQT : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit BrisaQT(QWidget* parent = nullptr);
+    ~BrisaQT() override;
+
+signals:
+    // After maximise and restore, once the new size is set: the image view
+    // re-fits the photo to its new size.
+    void imageViewRefitRequested();
+
+    // Public slots can also be called by the web pages through the bridge.
+public slots:
+    // -- Window size and close (BrisaQT.cpp) ------------------------------
+    void clickedMaxBtn();
+    void clickedFullPageBtn();
+    void clickedNormalBtn();
+    void clickedDisFullPageBtn();
+    void clickedCloseBtn();
+
+    // -- Title-bar actions (BrisaQT.cpp) -----------------------------------
+    void clickedSettingBtn();
+    void clickedHelpBtn();
+    void clickedHomePageBtn();
+    void clickedShowAppBtn();
+    void clickedShowAPPWebBtn();
+    void clickedShowUserInfo();
+
+    // -- View switching (BrisaQT_views.cpp) --------------------------------
+    void clickedCloudBtn();
+    void clickedRepairBtn();
+    void clickedRefreshBtn();
+    void clickedReturnCloudBtn();
+
+    // -- Tray and delayed close (BrisaQT_tray.cpp) -------------------------
+    void onMinSystemTray();
+    void closeToWindows();
+    void timerTimeoutToClose();
+    void onActivated(QSystemTrayIcon::ActivationReason reason);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    // -- Construction steps, called in order by the constructor ------------
+    void buildUi();            // BrisaQT_ui.cpp
+    void buildTray();          // BrisaQT_tray.cpp
+    void setupWebViews();      // BrisaQT_ui.cpp
+    void buildTitleBar();      // BrisaQT_titlebar.cpp
+    void buildEditorPanel();   // BrisaQT_editor.cpp
+
+    // -- Helpers -----------------------------------------------------------
+    void applyWindowSize(bool maximized);
+    void layoutFrame();
+    void layoutEditor();
+    // Opens the settings dialog the one way every caller does; returns its
+    // result.
+    int runSettingDialog(int mode, int twoButtons);
+    // Puts the checked state of the two view buttons back to the last view
+    // switch that was carried out (a click toggles them before the slot runs).
+    void restoreViewButtons();
+
+    // -- Window and views --------------------------------------------------
+    QWidget* m_mainWidget = nullptr;
+    QFrame* m_titleframe = nullptr;
+    QWebEngineView* m_webEngineView = nullptr;   // cloud gallery
+    QWidget* m_myWidget = nullptr;               // photo editor
+    QWebEngineView* m_webEngineView2 = nullptr;  // home page
+
+    // -- Title bar ---------------------------------------------------------
+    QLabel* m_logoLabel = nullptr;
+    QPushButton* m_repairBtn = nullptr;          // "开始修图"
+    QPushButton* m_cloudBtn = nullptr;           // "云图库"
+    QPushButton* m_settingBtn = nullptr;
+    QPushButton* m_helpBtn = nullptr;
+    QPushButton* m_showAppBtn = nullptr;
+    QPushButton* m_openDownLoadBtn = nullptr;    // connected by the page bridge
+    QPushButton* m_closeBtn = nullptr;
+    QPushButton* m_normalBtn = nullptr;          // restore; object name "maxBtn"
+    QPushButton* m_maxBtn = nullptr;             // maximise; object name "maxBtn"
+    QPushButton* m_minBtn = nullptr;
+    QPushButton* m_loginBtn = nullptr;           // connected by the page bridge
+    QFrame* m_userFrame = nullptr;
+    MyMousePressLabel* m_userFaceLabel = nullptr;
+    MyMousePressLabel* m_userNameLabel = nullptr;
+    QPushButton* m_userShowBtn = nullptr;
+    UserDialog* m_userDlg = nullptr;             // userLogout() goes to the page bridge
+    QPushButton* m_checkedViewBtn = nullptr;     // view button of the last switch
+
+    // -- Editor container (the editor fills it) -----------------------------
+    QWidget* m_imageArea = nullptr;              // its children fill it
+    QPushButton* m_addImageBtn = nullptr;        // "添加图片"
+    QWidget* m_rightPanel = nullptr;
+    QScrollArea* m_rightContentFrame = nullptr;  // the grading panel scrolls in it
+    QFrame* m_rightUpperStrip = nullptr;
+    QFrame* m_rightLowerStrip = nullptr;
+
+    // -- Tray and delayed close --------------------------------------------
+    QSystemTrayIcon* m_trayIcon = nullptr;
+    QMenu* m_trayMenu = nullptr;
+    QAction* m_showAction = nullptr;
+    QAction* m_quitAction = nullptr;
+    std::unique_ptr<QTimer> m_closeTimer;
+
+    // -- Title-bar dragging ------------------------------------------------
+    bool m_dragging = false;
+    QPoint m_pressPos;
+};

@@ -1,0 +1,244 @@
+// Start-up and exit of the real program, run as separate processes on the
+// test's display: the single-instance guard, the preset unpack with the
+// deletion of the per-user folder, the clean-up after a normal exit and the
+// hand-over to the updater.
+#include "GlobalConstants.h"
+#include "SettingsStore.h"
+#include "TestService.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+const int kWindowTimeoutMs = 60000;
+
+QString xdotool(const QStringList& arguments)
+{
+    QProcess tool;
+    tool.start(QStringLiteral("xdotool"), arguments);
+    tool.waitForFinished(10000);
+    return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
+}
+
+QStringList visibleWindowsOf(qint64 pid)
+{
+    return xdotool({"search", "--onlyvisible", "--pid", QString::number(pid)}).split('\n', Qt::SkipEmptyParts);
+}
+
+// Waits until the process maps a window; false when it exits first.
+bool waitForWindow(QProcess* process)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < kWindowTimeoutMs && process->state() != QProcess::NotRunning) {
+        if (!visibleWindowsOf(process->processId()).isEmpty())
+            return true;
+        process->waitForFinished(100);
+    }
+    return false;
+}
+#define QVERIFY_SHOWS_WINDOW(process)                                                                  \
+    QVERIFY2(waitForWindow(process), process->state() == QProcess::NotRunning                       \
+                                         ? qPrintable(QStringLiteral("exited with %1, status %2")      \
+                                                          .arg(process->exitCode())                    \
+                                                          .arg(int(process->exitStatus())))            \
+                                         : "no window within the time limit")
+
+bool writeFile(const QString& path, const QByteArray& data, bool executable = false)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size()
+           && (!executable || file.setPermissions(file.permissions() | QFileDevice::ExeOwner));
+}
+
+QString presetFolder() { return QDir::tempPath() + QStringLiteral("/MELO"); }
+QString perUserMarker()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/MELO/marker");
+}
+
+// A 7-Zip archive, names encrypted too, whose top folder is "MELO".
+bool makePresetArchive(const QString& archive, const QString& password)
+{
+    QTemporaryDir stage;
+    if (!writeFile(stage.path() + QStringLiteral("/MELO/0/0.CUBE"),
+                   "LUT_3D_SIZE 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n1 1 1\n"))
+        return false;
+    QProcess zip;
+    zip.setWorkingDirectory(stage.path());
+    zip.start(QStringLiteral("7z"), {"a", "-t7z", "-mhe=on", "-p" + password, archive, "MELO"});
+    return zip.waitForFinished(30000) && zip.exitStatus() == QProcess::NormalExit && zip.exitCode() == 0;
+}
+
+} // namespace
+
+class TestStartup : public QObject
+{
+    Q_OBJECT
+
+    std::vector<std::unique_ptr<QProcess>> m_processes;
+
+    // Nothing listens at the default service address: the version check
+    // finds no service and lets the program start.
+    QProcess* startMelo(const QString& program = QStringLiteral(MELO_EXE),
+                        const QString& serviceHttps = QStringLiteral("https://127.0.0.1:9"))
+    {
+        auto process = std::make_unique<QProcess>();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("MELO_SERVICE_HTTPS"), serviceHttps);
+        env.insert(QStringLiteral("MELO_SERVICE_HTTP"), QStringLiteral("http://127.0.0.1:9"));
+        process->setProcessEnvironment(env);
+        process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process->setStandardOutputFile(QProcess::nullDevice());
+        process->start(program, QStringList());
+        m_processes.push_back(std::move(process));
+        return m_processes.back().get();
+    }
+
+    // Asks for a normal exit the way a session does; expects exit code 0.
+    static bool quitsNormally(QProcess* process)
+    {
+        process->terminate();
+        return process->waitForFinished(30000) && process->exitStatus() == QProcess::NormalExit
+               && process->exitCode() == 0;
+    }
+
+private slots:
+    void initTestCase() { QVERIFY2(!qgetenv("DISPLAY").isEmpty(), "runs on an X display (xvfb-run)"); }
+
+    void cleanup()
+    {
+        for (auto& process : m_processes) {
+            process->kill();
+            process->waitForFinished(10000);
+        }
+        m_processes.clear();
+        removeSettingValue(kProductKey, kInstallLocation);
+        removeSettingValue(kProductKey, kDisplayVersion);
+        QDir(presetFolder()).removeRecursively();
+    }
+
+    // A second copy exits 1 without a window; neither a copy that was killed
+    // nor one that quit keeps a later one from starting.
+    void singleInstance()
+    {
+        QProcess* first = startMelo();
+        QVERIFY_SHOWS_WINDOW(first);
+        QProcess* second = startMelo();
+        QVERIFY(second->waitForStarted());
+        const qint64 secondPid = second->processId();
+        bool secondShowedWindow = false;
+        QElapsedTimer clock;
+        clock.start();
+        while (second->state() != QProcess::NotRunning && clock.elapsed() < kWindowTimeoutMs) {
+            secondShowedWindow = secondShowedWindow || !visibleWindowsOf(secondPid).isEmpty();
+            second->waitForFinished(20);
+        }
+        QCOMPARE(second->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second->exitCode(), 1);
+        QVERIFY(!secondShowedWindow);
+
+        first->kill();
+        QVERIFY(first->waitForFinished(10000));
+        QProcess* afterKill = startMelo();
+        QVERIFY_SHOWS_WINDOW(afterKill);
+        QVERIFY(quitsNormally(afterKill));
+        QProcess* afterQuit = startMelo();
+        QVERIFY_SHOWS_WINDOW(afterQuit);
+        QVERIFY(quitsNormally(afterQuit));
+    }
+
+    void presetUnpack_data()
+    {
+        QTest::addColumn<QString>("password");  // empty: no archive
+        QTest::addColumn<bool>("presetsUnpacked");
+        QTest::addColumn<bool>("perUserDeleted");
+        QTest::newRow("archive") << QString::fromUtf8(kPresetArchivePassword) << true << true;
+        QTest::newRow("wrong password") << QStringLiteral("not-the-password") << false << true;
+        QTest::newRow("no archive") << QString() << false << false;
+    }
+    void presetUnpack()
+    {
+        QFETCH(QString, password);
+        QTemporaryDir install;
+        if (!password.isEmpty())
+            QVERIFY(makePresetArchive(install.path() + QStringLiteral("/qsh.dll"), password));
+        writeSettingValue(kProductKey, kInstallLocation, install.path());
+        QVERIFY(writeFile(perUserMarker(), "kept unless an archive was found"));
+
+        QProcess* melo = startMelo();
+        QVERIFY_SHOWS_WINDOW(melo);
+        // Unpacking is over before the window exists.
+        QTEST(QFile::exists(presetFolder() + QStringLiteral("/0/0.CUBE")), "presetsUnpacked");
+        QTEST(!QFile::exists(perUserMarker()), "perUserDeleted");
+
+        // Whatever is in the preset folder, it goes with a normal exit.
+        QVERIFY(writeFile(presetFolder() + QStringLiteral("/added by the user.txt"), "x"));
+        QVERIFY(quitsNormally(melo));
+        QVERIFY(!QFileInfo::exists(presetFolder()));
+    }
+
+    // The service names another release: after the notice the updater is
+    // started detached and without arguments from the install folder (or,
+    // without one, from the program's folder), and the program ends with 0.
+    void updaterHandOver_data()
+    {
+        QTest::addColumn<bool>("installLocationSet");
+        QTest::addColumn<bool>("updaterPresent");
+        QTest::newRow("install folder") << true << true;
+        QTest::newRow("program folder") << false << true;
+        QTest::newRow("updater missing") << true << false;
+    }
+    void updaterHandOver()
+    {
+        QFETCH(bool, installLocationSet);
+        QFETCH(bool, updaterPresent);
+        TestService service;
+        QVERIFY2(service.start({"--newversion", "9.9.9.9"}), qPrintable(service.errorString()));
+        writeSettingValue(kProductKey, kDisplayVersion, QStringLiteral("1.0.0.0"));
+
+        QTemporaryDir folder;
+        QString program = QStringLiteral(MELO_EXE);
+        if (installLocationSet) {
+            writeSettingValue(kProductKey, kInstallLocation, folder.path());
+        } else {
+            program = folder.path() + QStringLiteral("/MELO");
+            QVERIFY(QFile::copy(QStringLiteral(MELO_EXE), program));
+        }
+        if (updaterPresent) {
+            QVERIFY(writeFile(folder.path() + QStringLiteral("/update.exe"),
+                              "#!/bin/sh\necho $# > \"$(dirname \"$0\")/updater-ran\"\n", true));
+        }
+
+        QProcess* melo = startMelo(program, service.httpsBase());
+        QVERIFY_SHOWS_WINDOW(melo);
+        const QStringList windows = visibleWindowsOf(melo->processId());
+        QCOMPARE(windows.size(), 1);
+        QCOMPARE(xdotool({"getwindowname", windows.first()}), QStringLiteral("更新"));
+        // No window manager here: focus the notice directly, then answer it.
+        xdotool({"windowfocus", "--sync", windows.first()});
+        xdotool({"key", "--window", windows.first(), "Return"});
+        QVERIFY(melo->waitForFinished(30000));
+        QCOMPARE(melo->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(melo->exitCode(), 0);
+
+        QFile ran(folder.path() + QStringLiteral("/updater-ran"));
+        if (updaterPresent) {
+            QTRY_VERIFY(ran.exists());
+            QVERIFY(ran.open(QIODevice::ReadOnly));
+            QCOMPARE(ran.readAll().trimmed(), QByteArray("0"));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStartup)
+#include "tst_startup.moc"

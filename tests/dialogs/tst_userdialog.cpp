@@ -1,0 +1,73 @@
+// The account card: its texts, the picture, its buttons, and hiding when the
+// pointer leaves it (the real pointer, moved on the test's display).
+#include "GlobalConstants.h"
+#include "UrlRecorder.h"
+#include "UserDialog.h"
+
+#include <QCursor>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+class TestUserDialog : public QObject
+{
+    Q_OBJECT
+private slots:
+    void textsAndPicture()
+    {
+        UserDialog panel(nullptr, QString(), QString());
+        auto* count = panel.findChild<QLabel*>("numLabel");
+        panel.setUserInfo(QStringLiteral("小明"), QStringLiteral("12"));
+        QCOMPARE(count->text(), QStringLiteral("修图卷:12"));
+        QCOMPARE(panel.findChild<QLabel*>("nameLabel")->text(), QStringLiteral("小明"));
+        panel.setUserInfo(QStringLiteral("小明"), QString());
+        QCOMPARE(count->text(), QStringLiteral("修图卷:"));
+
+        // Scaled into the 50 x 50 label, aspect kept; a bad file keeps it.
+        auto* face = panel.findChild<QLabel*>("faceLabel");
+        QVERIFY(panel.setUserPicture(QStringLiteral(MELO_SAMPLES_DIR "/chelsea.png")));  // 451 x 300
+        QCOMPARE(face->pixmap(Qt::ReturnByValue).size(), QSize(50, 33));
+        QVERIFY(!panel.setUserPicture(QStringLiteral(MELO_SAMPLES_DIR "/truncated.jpg.missing")));
+        QVERIFY(!panel.setUserPicture(QString()));
+        QCOMPARE(face->pixmap(Qt::ReturnByValue).size(), QSize(50, 33));
+    }
+
+    void buttons_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("url");  // empty: logs out
+        QTest::newRow("log out") << "quitBtn" << "";
+        QTest::newRow("bills") << "quitBtn_2" << serviceHttpsBase() + "/web/member/index#/bills/3";
+        QTest::newRow("plans") << "quitBtn_4" << serviceHttpsBase() + "/web/combo/index";
+    }
+    void buttons()
+    {
+        QFETCH(QString, button);
+        QFETCH(QString, url);
+        UrlRecorder recorder;
+        UserDialog panel(nullptr, QString(), QString());
+        QSignalSpy logouts(&panel, &UserDialog::userLogout);
+        panel.show();
+        panel.findChild<QPushButton*>(button)->click();
+        QVERIFY(!panel.isVisible());
+        QCOMPARE(logouts.count(), url.isEmpty() ? 1 : 0);
+        QCOMPARE(recorder.urls, url.isEmpty() ? QList<QUrl>() : QList<QUrl>({QUrl(url)}));
+    }
+
+    void leavingHides()
+    {
+        UserDialog panel(nullptr, QString(), QString());
+        panel.setGeometry(200, 200, 356, 215);
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
+        QCursor::setPos(panel.geometry().center());
+        QTest::qWait(200);
+        QVERIFY(panel.isVisible());
+        QCursor::setPos(panel.geometry().bottomRight() + QPoint(100, 100));
+        QTRY_VERIFY(!panel.isVisible());
+    }
+};
+
+QTEST_MAIN(TestUserDialog)
+#include "tst_userdialog.moc"
