@@ -24,6 +24,7 @@ BrisaQT::BrisaQT(QWidget* parent) : QMainWindow(parent)
     setupWebViews();
     buildTitleBar();
     buildEditorPanel();
+    connectPageControls();
     setMaximumSize(FrameLayout::kMaximizedSize);
     setMinimumSize(FrameLayout::kNormalSize);
     applyWindowSize(true);

@@ -47,10 +47,11 @@ void BrisaQT::buildUi()
     QMetaObject::connectSlotsByName(this);
 }
 
-// The pages, their channels and the bridge object are set up by the page
-// bridge; the frame only fixes what the views offer by themselves.
+// What the views offer by themselves, then the pages with their channels
+// and the bridge object (BrisaQT_bridge.cpp).
 void BrisaQT::setupWebViews()
 {
     m_webEngineView->setContextMenuPolicy(Qt::NoContextMenu);
     m_webEngineView2->setContextMenuPolicy(Qt::NoContextMenu);
+    setupPageChannels();
 }

@@ -3,7 +3,6 @@
 #include "BrisaQT.h"
 #include "PageInterface.h"
 
-#include <QEvent>
 #include <QSystemTrayIcon>
 
 using PageInterface::downloadRefusal;
@@ -12,13 +11,6 @@ using PageInterface::lengthRefusal;
 PageBridge::PageBridge(BrisaQT* window) : QObject(window), m_window(window)
 {
     setObjectName(QStringLiteral("qtui"));
-}
-
-bool PageBridge::event(QEvent* event)
-{
-    if (event->type() == QEvent::DeferredDelete)
-        return true;
-    return QObject::event(event);
 }
 
 // True when the call must not go on.

@@ -54,10 +54,6 @@ public slots:
     void clickedSettingBtn();
     void clickedShowAppBtn();
 
-protected:
-    // A page may ask for deleteLater(); the bridge lives as long as the window.
-    bool event(QEvent* event) override;
-
 private:
     bool refuse(const char* slot, const QString& reason) const;
 
