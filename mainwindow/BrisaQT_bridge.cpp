@@ -18,6 +18,7 @@
 #include <QFrame>
 #include <QPixmap>
 #include <QPushButton>
+#include <QTimer>
 #include <QUrl>
 #include <QWebChannel>
 #include <QWebEnginePage>
@@ -27,6 +28,7 @@
 namespace {
 
 const char kFolderFirst[] = "请先设置下文件保存路径!";
+constexpr int kCacheClearSettleMs = 1000;
 
 QWebChannel* pageChannel(QObject* window, QObject* bridge, QWebEngineView* view)
 {
@@ -44,10 +46,17 @@ void BrisaQT::setupPageChannels()
     webClearCache();
     m_pageBridge = new PageBridge(this);
     m_galleryChannel = pageChannel(this, m_pageBridge, m_webEngineView);
-    m_webEngineView->load(QUrl(PageInterface::pageAddress(serviceHttpBase(), kGalleryPagePath, channel)));
     m_homeChannel = pageChannel(this, m_pageBridge, m_webEngineView2);
-    m_webEngineView2->load(QUrl(PageInterface::pageAddress(serviceHttpBase(), kHomePagePath, channel)));
     connect(m_webEngineView2, &QWebEngineView::loadFinished, this, &BrisaQT::toWebUpdateWebNote);
+    // The engine must not start a navigation while a cache clearing runs (a
+    // page loading meanwhile can stall for good) and cannot tell when the
+    // clearing is over, so the pages are loaded after it has had time to end.
+    const QUrl gallery(PageInterface::pageAddress(serviceHttpBase(), kGalleryPagePath, channel));
+    const QUrl home(PageInterface::pageAddress(serviceHttpBase(), kHomePagePath, channel));
+    QTimer::singleShot(kCacheClearSettleMs, this, [this, gallery, home] {
+        m_webEngineView->load(gallery);
+        m_webEngineView2->load(home);
+    });
 }
 
 void BrisaQT::connectPageControls()

@@ -81,7 +81,6 @@ class TestPageBridge : public QObject
         QVERIFY2(homeLoads.at(0).at(0).toBool(), qPrintable(home()->url().toString()));
         QTRY_VERIFY_WITH_TIMEOUT(widget("loginBtn")->isVisible(), kPageTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(pageConnected(gallery()), kPageTimeoutMs);
-        qInfo("DIAG %s", qPrintable(js(gallery(), "location.href + ' ' + document.readyState + ' qt:' + typeof qt + ' QWC:' + typeof QWebChannel + ' Melo:' + typeof Melo + ' inClient:' + (window.Melo && Melo.inClient())").toString()));
         QTRY_VERIFY_WITH_TIMEOUT(js(gallery(), QStringLiteral("document.querySelectorAll('.card').length")).toInt() > 0,
                                  kPageTimeoutMs);
     }
