@@ -21,7 +21,7 @@ BrisaQT::BrisaQT(QWidget* parent) : QMainWindow(parent)
     setWindowFlags(windowFlags() | Qt::FramelessWindowHint);
     buildUi();
     buildTray();
-    setupWebViews();
+    setupPageChannels();
     buildTitleBar();
     buildEditorPanel();
     connectPageControls();

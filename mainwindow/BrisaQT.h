@@ -5,7 +5,7 @@
 // The class is built in parts, one file each:
 //   BrisaQT.cpp           construction order, window size, dragging, close,
 //                         links and dialogs of the title bar
-//   BrisaQT_ui.cpp        widget tree of the window and the web views
+//   BrisaQT_ui.cpp        widget tree: central widget, title bar, the views
 //   BrisaQT_titlebar.cpp  logo, navigation, window buttons, login, user frame
 //   BrisaQT_editor.cpp    the editor container and its resize rule
 //   BrisaQT_views.cpp     switching between the three views
@@ -114,11 +114,10 @@ private:
     // -- Construction steps, called in order by the constructor ------------
     void buildUi();            // BrisaQT_ui.cpp
     void buildTray();          // BrisaQT_tray.cpp
-    void setupWebViews();      // BrisaQT_ui.cpp
     void buildTitleBar();      // BrisaQT_titlebar.cpp
     void buildEditorPanel();   // BrisaQT_editor.cpp
-    void setupPageChannels();  // BrisaQT_bridge.cpp, part of setupWebViews
-    void connectPageControls();  // BrisaQT_bridge.cpp, after the title bar
+    void setupPageChannels();  // BrisaQT_bridge.cpp
+    void connectPageControls();  // BrisaQT_bridge.cpp, once the title bar exists
 
     // -- Helpers -----------------------------------------------------------
     void applyWindowSize(bool maximized);

@@ -46,12 +46,3 @@ void BrisaQT::buildUi()
     setWindowTitle(QCoreApplication::translate("BrisaQTClass", kMainWindowTitle));
     QMetaObject::connectSlotsByName(this);
 }
-
-// What the views offer by themselves, then the pages with their channels
-// and the bridge object (BrisaQT_bridge.cpp).
-void BrisaQT::setupWebViews()
-{
-    m_webEngineView->setContextMenuPolicy(Qt::NoContextMenu);
-    m_webEngineView2->setContextMenuPolicy(Qt::NoContextMenu);
-    setupPageChannels();
-}

@@ -13,7 +13,7 @@ PACKAGES=(
   # run and test
   xvfb xauth p7zip-full fonts-wqy-microhei locales
   # window checks and screenshots under Xvfb
-  xdotool x11-utils x11-apps netpbm desktop-file-utils
+  xdotool x11-utils x11-apps netpbm desktop-file-utils libxcb1-dev
   # benchmarks and fuzzing
   ffmpeg clang libclang-rt-14-dev
 )

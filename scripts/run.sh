@@ -44,7 +44,7 @@ fi
 
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
   echo "run: no display found, running MELO on a virtual display (Xvfb 1920x1080); stop it with Ctrl+C"
-  setsid Xvfb -displayfd 1 -screen 0 1920x1080x24 -nolisten tcp >"$work/display" 2>"$work/xvfb.log" &
+  setsid Xvfb -displayfd 1 -screen 0 1920x1080x24 -nolisten tcp -noreset >"$work/display" 2>"$work/xvfb.log" &
   helpers+=($!)
   for _ in $(seq 100); do
     [ -s "$work/display" ] && break

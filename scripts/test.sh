@@ -9,5 +9,7 @@ build=${MELO_BUILD_DIR:-$root/build}
 cd "$build"
 # Qt WebEngine refuses to run as root with its sandbox on.
 export QTWEBENGINE_DISABLE_SANDBOX=1
-xvfb-run -a -s "-screen 0 1920x1080x24" \
+# -noreset: the server must not reset (and refuse connections meanwhile)
+# whenever its last client has gone between two tests.
+xvfb-run -a -s "-screen 0 1920x1080x24 -noreset" \
   ctest --output-on-failure --no-tests=error -j"$(nproc)" "$@"

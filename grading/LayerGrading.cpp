@@ -1,0 +1,102 @@
+#include "LayerGrading.h"
+
+#include "GlobalConstants.h"
+#include "LutApply.h"
+#include "LutCache.h"
+
+#include <opencv2/core.hpp>
+
+#include <QFileInfo>
+
+#include <cstdio>
+
+namespace {
+
+const char* const kLayerNames[kPresetLayerCount] = {"top", "mid", "down"};
+const int kLayerFileOffsets[kPresetLayerCount] = {0, 4, 8};
+
+void skipLayer(int layer, const char* why, const QString& detail)
+{
+    printf("grading: %s layer skipped, %s %s\n", kLayerNames[layer], why, detail.toLocal8Bit().constData());
+    fflush(stdout);
+}
+
+}  // namespace
+
+int presetFileNumber(PresetLayer layer, int id) { return id + kLayerFileOffsets[int(layer)]; }
+
+cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength)
+{
+    const double a = double(float(strength) / 100.0f);
+    cv::Mat out;
+    cv::addWeighted(base, 1.0 - a, lutOut, a, 1.0, out, -1);
+    return out;
+}
+
+namespace {
+
+// The preset of one layer, or null after saying why the layer is skipped.
+std::shared_ptr<const LutKernel> layerKernel(int layer, int id, int scene, bool havePicture, const QString& root)
+{
+    if (scene < 0 || scene >= kSceneCount) {
+        skipLayer(layer, "no such scene", QString::number(scene));
+        return nullptr;
+    }
+    if (!havePicture) {
+        skipLayer(layer, "no picture", QString());
+        return nullptr;
+    }
+    const QString path = presetFilePath(root, scene, presetFileNumber(PresetLayer(layer), id));
+    if (!QFileInfo(path).isFile()) {
+        skipLayer(layer, "missing preset", path);
+        return nullptr;
+    }
+    auto kernel = loadLutCached(path.toLocal8Bit().toStdString());
+    if (!kernel)
+        skipLayer(layer, "unreadable preset", path);
+    return kernel;
+}
+
+bool samePixels(const cv::Mat& a, const cv::Mat& b)
+{
+    return a.data == b.data && a.size() == b.size() && a.type() == b.type() && a.step == b.step;
+}
+
+}  // namespace
+
+void LayerGradeMemo::clear() { *this = LayerGradeMemo(); }
+
+LayerGradeResult gradeLayers(const cv::Mat& base, int scene, const LayerSelection& selection,
+                             const QString& root, LayerGradeMemo* memo)
+{
+    LayerGradeResult result;
+    result.image = base;
+    const cv::Mat source = toBgr8(base);
+    // A stage of the memo holds while everything before it is unchanged.
+    bool unchanged = memo && !source.empty() && samePixels(memo->m_base, source);
+    for (int layer = 0; layer < kPresetLayerCount; ++layer) {
+        const int id = selection.ids[layer];
+        const auto kernel = id < 0 ? nullptr : layerKernel(layer, id, scene, !source.empty(), root);
+        LayerGradeMemo::Stage stage;
+        if (kernel) {
+            const cv::Mat below = result.graded ? result.image : source;
+            const LayerGradeMemo::Stage* before = memo ? &memo->m_stages[layer] : nullptr;
+            const bool sameLut = unchanged && before->kernel == kernel;
+            stage.kernel = kernel;
+            stage.strength = selection.strengths[layer];
+            stage.lutOut = sameLut ? before->lutOut : applyLut(below, *kernel);
+            unchanged = sameLut && before->strength == stage.strength;
+            stage.image = unchanged ? before->image : blendLayer(below, stage.lutOut, stage.strength);
+            result.lastLutOutput = stage.lutOut;
+            result.image = stage.image;
+            result.graded = true;
+        } else if (memo && memo->m_stages[layer].kernel) {
+            unchanged = false;
+        }
+        if (memo)
+            memo->m_stages[layer] = stage;
+    }
+    if (memo)
+        memo->m_base = source;
+    return result;
+}

@@ -1,0 +1,65 @@
+// Grading a photograph with up to three preset layers (top, mid, down).
+//
+// Each chosen layer applies its preset's LUT to the result so far (the base
+// for the first one) and lays the LUT output over that result at the layer's
+// strength. The editor's preview, its full-resolution save and the batch tool
+// all grade through gradeLayers.
+#pragma once
+
+#include "LutKernel.h"
+#include "Presets.h"
+
+#include <opencv2/core.hpp>
+
+#include <QString>
+
+#include <memory>
+
+enum class PresetLayer { Top = 0, Mid = 1, Down = 2 };
+inline constexpr int kPresetLayerCount = 3;
+
+// The file number of a layer's preset button: top id, mid id + 4, down id + 8.
+int presetFileNumber(PresetLayer layer, int id);
+
+// base * (1 - a) + lutOut * a + 1 with a = strength / 100 (single precision,
+// then widened), saturated; the constant 1 is part of the look and is kept.
+cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength);
+
+struct LayerSelection {
+    int ids[kPresetLayerCount] = {-1, -1, -1};  // button id per layer, -1 for none
+    int strengths[kPresetLayerCount] = {100, 100, 100};
+};
+
+struct LayerGradeResult {
+    cv::Mat image;          // the graded picture, or the base when nothing was graded
+    cv::Mat lastLutOutput;  // the most recent LUT output before its blend
+    bool graded = false;    // at least one layer was applied
+};
+
+// What the last grading of one picture computed, layer by layer. Given to
+// gradeLayers again with the same picture (the same pixels, which nobody has
+// written to), it lets a regrade skip the layers before the first one that
+// changed, and the LUT application of a layer whose strength alone changed.
+// The results are the same as without it. Meant for the interactive preview.
+class LayerGradeMemo {
+public:
+    void clear();
+
+private:
+    friend LayerGradeResult gradeLayers(const cv::Mat&, int, const LayerSelection&, const QString&,
+                                        LayerGradeMemo*);
+    struct Stage {
+        std::shared_ptr<const LutKernel> kernel;  // null: the layer was not applied
+        int strength = 0;
+        cv::Mat lutOut, image;
+    };
+    cv::Mat m_base;
+    Stage m_stages[kPresetLayerCount];
+};
+
+// Grades base (converted to 8-bit BGR as toBgr8 does) with the chosen layers
+// of a scene, reading presets under root. A layer whose preset is missing or
+// unreadable, or any layer when the scene is not 0 to 5, is skipped with one
+// line on standard output; the other layers still apply.
+LayerGradeResult gradeLayers(const cv::Mat& base, int scene, const LayerSelection& selection,
+                             const QString& root = presetRoot(), LayerGradeMemo* memo = nullptr);

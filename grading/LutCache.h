@@ -1,0 +1,16 @@
+// Parsed tables cached by path, so a preset used again is not read again.
+// An entry is reused while the file keeps its size and modification time.
+// Safe to call from several threads.
+#pragma once
+
+#include "LutKernel.h"
+
+#include <memory>
+#include <string>
+
+// The prepared table of the LUT file at path (local 8-bit encoding), or null
+// when it cannot be read; the reasons are printed as readLutFile prints them.
+std::shared_ptr<const LutKernel> loadLutCached(const std::string& path);
+
+// Forgets every cached table.
+void clearLutCache();

@@ -1,0 +1,16 @@
+// The SIMD row function for processors with AVX2.
+#include "LutRows.h"
+
+#if defined(__x86_64__) || defined(_M_X64)
+
+#define MELO_SIMD_TARGET "avx2"
+#define MELO_SIMD_AVX512 0
+#include "LutRowsSimd.inc"
+
+const LutRowFunction lutRowAvx2 = rowSimd;
+
+#else
+
+const LutRowFunction lutRowAvx2 = nullptr;
+
+#endif

@@ -1,0 +1,72 @@
+#include "GradingTestSupport.h"
+
+#include <QFile>
+#include <QTest>
+
+#include <cstdio>
+#include <unistd.h>
+
+QByteArray cubeText(int size, const std::function<LutRgb(float, float, float)>& colour, const QByteArray& header)
+{
+    QByteArray text = header;
+    text += "LUT_3D_SIZE " + QByteArray::number(size) + "\n";
+    char line[96];
+    for (int b = 0; b < size; ++b)
+        for (int g = 0; g < size; ++g)
+            for (int r = 0; r < size; ++r) {
+                const float step = 1.0f / float(size - 1);
+                const LutRgb c = colour(r * step, g * step, b * step);
+                snprintf(line, sizeof line, "%.7f %.7f %.7f\n", double(c.r), double(c.g), double(c.b));
+                text += line;
+            }
+    return text;
+}
+
+void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size())
+        QFAIL(qPrintable("cannot write " + path));
+}
+
+QByteArray captureStdout(const std::function<void()>& work)
+{
+    fflush(stdout);
+    FILE* sink = tmpfile();
+    const int saved = dup(fileno(stdout));
+    dup2(fileno(sink), fileno(stdout));
+    work();
+    fflush(stdout);
+    dup2(saved, fileno(stdout));
+    close(saved);
+    QByteArray text;
+    rewind(sink);
+    char buffer[4096];
+    for (size_t n; (n = fread(buffer, 1, sizeof buffer, sink)) > 0;)
+        text.append(buffer, int(n));
+    fclose(sink);
+    return text;
+}
+
+bool sameImage(const cv::Mat& a, const cv::Mat& b)
+{
+    if (a.size() != b.size() || a.type() != b.type())
+        return false;
+    if (a.empty())
+        return true;
+    cv::Mat difference;
+    cv::absdiff(a, b, difference);
+    return cv::countNonZero(difference.reshape(1)) == 0;
+}
+
+cv::Mat everyColourImage()
+{
+    cv::Mat image(4096, 4096, CV_8UC3);
+    uint8_t* p = image.data;
+    for (int i = 0; i < 4096 * 4096; ++i, p += 3) {
+        p[0] = uint8_t(i);
+        p[1] = uint8_t(i >> 8);
+        p[2] = uint8_t(i >> 16);
+    }
+    return image;
+}

@@ -1,0 +1,38 @@
+// Replays the fuzzer's regression corpus through the readers and the fast
+// paths (the inputs that once crashed or reached new code).
+#include "FuzzReaderInput.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+class TestFuzzCorpus : public QObject
+{
+    Q_OBJECT
+private slots:
+    void replay()
+    {
+        const QDir corpus(MELO_SOURCE_DIR "/fuzz/corpus");
+        const QStringList names = corpus.entryList(QDir::Files);
+        QVERIFY(names.size() >= 4);
+        QTemporaryDir dir;
+        const std::string scratch = (dir.path() + "/input").toStdString();
+        int read = 0;
+        for (const QString& name : names) {
+            QFile file(corpus.filePath(name));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            const QByteArray bytes = file.readAll();
+            fflush(stdout);
+            const FuzzVerdict verdict =
+                runFuzzInput(reinterpret_cast<const uint8_t*>(bytes.constData()), size_t(bytes.size()), scratch);
+            QVERIFY2(verdict != FuzzVerdict::Disagreed, qPrintable(name));
+            read += verdict == FuzzVerdict::Read;
+        }
+        // The seeds of every format, at least, are tables.
+        QVERIFY(read >= 4);
+    }
+};
+
+QTEST_APPLESS_MAIN(TestFuzzCorpus)
+#include "tst_fuzzcorpus.moc"

@@ -1,0 +1,166 @@
+// Three-layer grading: order, blending, file numbers and the guards.
+#include "GradingTestSupport.h"
+#include "LayerGrading.h"
+#include "LutApply.h"
+
+#include <opencv2/imgcodecs.hpp>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+const QString kLibrary = QStringLiteral(MELO_PRESET_DIR "/MELO");
+
+cv::Mat photo()
+{
+    return cv::imread(MELO_SAMPLES_DIR "/chelsea.png", cv::IMREAD_COLOR);
+}
+
+cv::Mat applyPreset(const cv::Mat& image, int scene, int file)
+{
+    return applyLutFile(image, presetFilePath(kLibrary, scene, file).toLocal8Bit().constData());
+}
+
+}  // namespace
+
+class TestLayerGrading : public QObject
+{
+    Q_OBJECT
+private slots:
+    void blendKeepsTheExtraLevel_data()
+    {
+        QTest::addColumn<int>("strength");
+        QTest::addColumn<int>("expected");  // for base 100, LUT output 200
+        QTest::newRow("0") << 0 << 101;
+        QTest::newRow("100") << 100 << 201;
+        QTest::newRow("35") << 35 << 136;
+    }
+    void blendKeepsTheExtraLevel()
+    {
+        QFETCH(int, strength);
+        QFETCH(int, expected);
+        const cv::Mat base(2, 2, CV_8UC3, cv::Scalar::all(100));
+        const cv::Mat lut(2, 2, CV_8UC3, cv::Scalar::all(200));
+        QCOMPARE(blendLayer(base, lut, strength).at<cv::Vec3b>(1, 1), cv::Vec3b::all(uchar(expected)));
+        // Saturates at white.
+        const cv::Mat white(2, 2, CV_8UC3, cv::Scalar::all(255));
+        QCOMPARE(blendLayer(white, white, strength).at<cv::Vec3b>(0, 0), cv::Vec3b::all(255));
+    }
+
+    // Top 2 and down 5 of scene 1 are files 2 and 13, the second laid over the
+    // blended first.
+    void layersApplyInOrder()
+    {
+        const cv::Mat base = photo();
+        LayerSelection selection;
+        selection.ids[0] = 2;
+        selection.ids[2] = 5;
+        selection.strengths[0] = 60;
+        selection.strengths[1] = 10;  // no mid layer: unused
+        selection.strengths[2] = 85;
+        const LayerGradeResult result = gradeLayers(base, 1, selection, kLibrary);
+
+        const cv::Mat first = blendLayer(base, applyPreset(base, 1, 2), 60);
+        const cv::Mat secondLut = applyPreset(first, 1, 13);
+        QVERIFY(result.graded);
+        QVERIFY(sameImage(result.lastLutOutput, secondLut));
+        QVERIFY(sameImage(result.image, blendLayer(first, secondLut, 85)));
+        // The files are found where the editor looks for them.
+        QCOMPARE(presetFilePath(1, 13), QDir::tempPath() + "/MELO/1/13.CUBE");
+
+        const LayerGradeResult nothing = gradeLayers(base, 1, LayerSelection(), kLibrary);
+        QVERIFY(!nothing.graded);
+        QCOMPARE(nothing.image.data, base.data);
+    }
+
+    // Regrades through a memo give the fresh results, reusing what did not
+    // change: moving a strength re-blends without applying the LUT again.
+    void memoRegradesOnlyWhatChanged()
+    {
+        const cv::Mat base = photo();
+        LayerSelection selection;
+        selection.ids[0] = 2;
+        selection.ids[2] = 5;
+        LayerGradeMemo memo;
+        const cv::Mat lastLut = gradeLayers(base, 1, selection, kLibrary, &memo).lastLutOutput;
+        int differing = 0;
+        auto regrade = [&] {
+            const LayerGradeResult viaMemo = gradeLayers(base, 1, selection, kLibrary, &memo);
+            differing += !sameImage(viaMemo.image, gradeLayers(base, 1, selection, kLibrary).image);
+            return viaMemo.lastLutOutput;
+        };
+        selection.strengths[2] = 30;
+        QCOMPARE(regrade().data, lastLut.data);
+        selection.strengths[0] = 45;  // changes what the down layer is applied to
+        QVERIFY(regrade().data != lastLut.data);
+        selection.ids[0] = 3;
+        regrade();
+        selection.ids[2] = -1;
+        regrade();
+        selection.ids[1] = 0;
+        regrade();
+        QCOMPARE(differing, 0);
+    }
+
+    void brokenLayersAreSkipped_data()
+    {
+        QTest::addColumn<int>("scene");
+        QTest::addColumn<QByteArray>("topFile");  // content of file 1; empty: missing
+        QTest::addColumn<QByteArray>("printed");
+        QTest::addColumn<bool>("graded");
+        const QByteArray good = cubeText(2, [](float r, float g, float b) { return LutRgb{b, g, r}; });
+        QTest::newRow("missing preset") << 0 << QByteArray() << QByteArray("grading: top layer skipped, missing preset")
+                                        << true;
+        QTest::newRow("unreadable preset") << 0 << QByteArray("LUT_3D_SIZE 99\n")
+                                           << QByteArray("Too large or invalid 3D LUT size\n"
+                                                         "grading: top layer skipped, unreadable preset")
+                                           << true;
+        QTest::newRow("no scene") << -1 << good
+                                  << QByteArray("grading: top layer skipped, no such scene -1\n"
+                                                "grading: down layer skipped, no such scene -1\n")
+                                  << false;
+    }
+    void brokenLayersAreSkipped()
+    {
+        QFETCH(int, scene);
+        QFETCH(QByteArray, topFile);
+        QFETCH(QByteArray, printed);
+        QFETCH(bool, graded);
+        QTemporaryDir dir;
+        const QString root = dir.path() + "/MELO";
+        QDir().mkpath(root + "/0");
+        QVERIFY(QFile::copy(presetFilePath(kLibrary, 0, 9), presetFilePath(root, 0, 9)));
+        if (!topFile.isEmpty())
+            writeFile(presetFilePath(root, 0, 1), topFile);
+
+        const cv::Mat base = photo();
+        LayerSelection selection;
+        selection.ids[0] = 1;
+        selection.ids[2] = 1;
+        LayerGradeResult result;
+        const QByteArray out = captureStdout([&] { result = gradeLayers(base, scene, selection, root); });
+        QVERIFY2(out.startsWith(printed), out.constData());
+        QCOMPARE(out.count('\n'), printed.count('\n') + (printed.endsWith('\n') ? 0 : 1));
+        QCOMPARE(result.graded, graded);
+        if (graded)  // the down layer still applies, over the base
+            QVERIFY(sameImage(result.image, blendLayer(base, applyPreset(base, 0, 9), 100)));
+    }
+
+    void greyPhotographIsGradedInColour()
+    {
+        const cv::Mat grey = cv::imread(MELO_SAMPLES_DIR "/camera.png", cv::IMREAD_UNCHANGED);
+        QCOMPARE(grey.channels(), 1);
+        LayerSelection selection;
+        selection.ids[2] = 2;  // cool
+        const LayerGradeResult result = gradeLayers(grey, 0, selection, kLibrary);
+        QVERIFY(result.graded);
+        QCOMPARE(result.image.type(), CV_8UC3);
+        QCOMPARE(result.image.size(), grey.size());
+    }
+};
+
+QTEST_APPLESS_MAIN(TestLayerGrading)
+#include "tst_layergrading.moc"

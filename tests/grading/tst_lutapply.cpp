@@ -1,0 +1,242 @@
+// Applying LUT files: the fast paths give the plain arithmetic's bytes for
+// every 8-bit colour, and applyLutFile's dispatch, guards and cache.
+#include "GradingTestSupport.h"
+#include "LutApply.h"
+#include "LutCache.h"
+#include "LutKernel.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <thread>
+
+Q_DECLARE_METATYPE(LutPath)
+
+namespace {
+
+LutRgb identity(float r, float g, float b) { return {r, g, b}; }
+
+// Outputs well outside 0 to 1 in both directions, varying fast across cells.
+LutRgb wild(float r, float g, float b)
+{
+    return {1.6f * std::sin(9 * r + 2 * b) - 0.2f, 1.4f * g * g - 0.3f + 0.2f * std::cos(20 * r),
+            1.2f - 1.5f * b + 0.4f * std::sin(13 * g)};
+}
+
+// Applies with the given implementation (the chosen one if the processor
+// lacks it).
+cv::Mat applyWithPath(LutPath path, const cv::Mat& image, const QByteArray& file)
+{
+    const LutPath before = lutPath();
+    setLutPath(path);
+    cv::Mat out = applyLutFile(image, file.constData());
+    setLutPath(before);
+    return out;
+}
+
+}  // namespace
+
+class TestLutApply : public QObject
+{
+    Q_OBJECT
+    QTemporaryDir m_dir;
+    cv::Mat m_everyColour;
+
+    QByteArray table(const QString& name, const QByteArray& text)
+    {
+        const QString path = m_dir.path() + "/" + name;
+        writeFile(path, text);
+        return path.toLocal8Bit();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        m_everyColour = everyColourImage();
+    }
+
+    void everyColourMatchesThePlainArithmetic_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<LutPath>("path");
+        const QByteArray tables[] = {
+            table("identity2.cube", cubeText(2, identity)),
+            QByteArray(MELO_PRESET_DIR "/MELO/1/10.CUBE"),
+            table("wild64.cube", cubeText(64, wild)),
+            // A corner whose weight is zero still counts when it is infinite
+            // (0 x inf is NaN), so the tetrahedron must be the plain one.
+            table("infinite2.cube", cubeText(2, [](float r, float g, float b) {
+                      return r > g ? LutRgb{INFINITY, -INFINITY, b} : LutRgb{r, g, b};
+                  })),
+        };
+        const char* names[] = {"identity 2", "33-point look", "64 points beyond 0 and 1", "infinite corners"};
+        const LutPath before = lutPath();
+        for (int t = 0; t < 4; ++t) {
+            QTest::newRow(QByteArray(names[t]) + ", portable") << tables[t] << LutPath::Portable;
+            if (setLutPath(LutPath::Avx2))
+                QTest::newRow(QByteArray(names[t]) + ", AVX2") << tables[t] << LutPath::Avx2;
+            if (setLutPath(LutPath::Avx512))
+                QTest::newRow(QByteArray(names[t]) + ", AVX-512") << tables[t] << LutPath::Avx512;
+        }
+        setLutPath(before);
+    }
+
+    void everyColourMatchesThePlainArithmetic()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(LutPath, path);
+        const cv::Mat expected = applyLutFileReference(m_everyColour, file.constData());
+        QVERIFY(sameImage(applyWithPath(path, m_everyColour, file), expected));
+        // A region: rows that are not contiguous, widths that are not whole
+        // batches of pixels.
+        const cv::Rect region(3, 5, 1021, 77);
+        const cv::Mat part = m_everyColour(region);
+        QVERIFY(sameImage(applyWithPath(path, part, file), expected(region)));
+    }
+
+    // An identity of size 2 gives every colour back, except that the sums'
+    // rounding and the truncation lower some channels by one level.
+    void identityTruncates()
+    {
+        const cv::Mat out = applyLutFile(m_everyColour, table("identity.cube", cubeText(2, identity)));
+        cv::Mat lowered;
+        cv::subtract(m_everyColour, out, lowered, cv::noArray(), CV_16SC3);
+        double least = 0, most = 0;
+        cv::minMaxLoc(lowered.reshape(1), &least, &most);
+        QCOMPARE(least, 0.0);
+        QCOMPARE(most, 1.0);
+        // Greys come back unchanged.
+        for (int v = 0; v < 256; ++v) {
+            const int i = v * 0x010101;
+            QCOMPARE(out.at<cv::Vec3b>(i / 4096, i % 4096), cv::Vec3b(v, v, v));
+        }
+    }
+
+    void outputsAreClipped_data()
+    {
+        QTest::addColumn<QByteArray>("entry");
+        QTest::addColumn<int>("expected");
+        QTest::newRow("above 1") << QByteArray("1.5 7 1e30") << 255;
+        QTest::newRow("below 0") << QByteArray("-0.5 -7 -1e30") << 0;
+        QTest::newRow("not a number") << QByteArray("nan nan nan") << 0;
+    }
+    void outputsAreClipped()
+    {
+        QFETCH(QByteArray, entry);
+        QFETCH(int, expected);
+        const QByteArray file = table("flat.cube", "LUT_3D_SIZE 2\n" + (entry + "\n").repeated(8));
+        cv::Mat image(2, 37, CV_8UC3);
+        cv::randu(image, 0, 256);
+        for (LutPath path : {LutPath::Portable, LutPath::Avx2, LutPath::Avx512}) {
+            clearLutCache();
+            const cv::Mat out = applyWithPath(path, image, file);
+            QCOMPARE(cv::countNonZero(out.reshape(1) != expected), 0);
+            QVERIFY(sameImage(out, applyLutFileReference(image, file.constData())));
+        }
+    }
+
+    void dispatchAndGuards_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("graded");
+        QTest::addColumn<QByteArray>("printed");
+        const QByteArray invert = cubeText(2, [](float r, float g, float b) { return LutRgb{1 - r, 1 - g, 1 - b}; });
+        QTest::newRow("upper case") << "a.CUBE" << invert << true << QByteArray();
+        QTest::newRow("mixed case") << "a.Cube" << invert << true << QByteArray();
+        QTest::newRow("backup name") << "a.cube.bak" << invert << false
+                                     << QByteArray("Unrecognized '.bak' file type\n");
+        QTest::newRow("no extension") << "cube" << invert << false
+                                      << QByteArray("Unable to guess the format from the extension\n");
+        QTest::newRow("reader fails") << "a.cube" << QByteArray("LUT_3D_SIZE 65\n") << false
+                                      << QByteArray("Too large or invalid 3D LUT size\n");
+        QTest::newRow("missing file") << "" << QByteArray() << false << QByteArray();
+    }
+    void dispatchAndGuards()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, content);
+        QFETCH(bool, graded);
+        QFETCH(QByteArray, printed);
+        QTemporaryDir dir;
+        const QByteArray path = (dir.path() + "/" + (name.isEmpty() ? "absent.cube" : name)).toLocal8Bit();
+        if (!name.isEmpty())
+            writeFile(path, content);
+        cv::Mat image(3, 5, CV_8UC3, cv::Scalar(10, 20, 30));
+        const cv::Mat before = image.clone();
+        for (auto apply : {applyLutFile, applyLutFileReference}) {
+            cv::Mat out;
+            QCOMPARE(captureStdout([&] { out = apply(image, path.constData()); }), printed);
+            QVERIFY(sameImage(image, before));
+            QCOMPARE(out.data != image.data, true);
+            QCOMPARE(sameImage(out, image), !graded);
+        }
+    }
+
+    void emptyImage()
+    {
+        cv::Mat out = cv::Mat(2, 2, CV_8UC3);
+        QCOMPARE(captureStdout([&] { out = applyLutFile(cv::Mat(), MELO_PRESET_DIR "/MELO/0/0.CUBE"); }),
+                 QByteArray("load: wenjian fail!\n"));
+        QVERIFY(out.empty());
+    }
+
+    void otherImageTypesAreConvertedFirst_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("conversion");
+        QTest::newRow("grey") << int(CV_8UC1) << int(cv::COLOR_GRAY2BGR);
+        QTest::newRow("with alpha") << int(CV_8UC4) << int(cv::COLOR_BGRA2BGR);
+        QTest::newRow("16-bit") << int(CV_16UC3) << -1;
+    }
+    void otherImageTypesAreConvertedFirst()
+    {
+        QFETCH(int, type);
+        QFETCH(int, conversion);
+        cv::Mat image(31, 29, type);
+        cv::randu(image, 0, CV_MAT_DEPTH(type) == CV_16U ? 65536 : 256);
+        cv::Mat bgr;
+        if (conversion >= 0)
+            cv::cvtColor(image, bgr, conversion);
+        else
+            image.convertTo(bgr, CV_8U, 1.0 / 257.0);
+        const char* file = MELO_PRESET_DIR "/MELO/2/9.CUBE";
+        const cv::Mat out = applyLutFile(image, file);
+        QCOMPARE(out.type(), CV_8UC3);
+        QVERIFY(sameImage(out, applyLutFile(bgr, file)));
+        QVERIFY(sameImage(out, applyLutFileReference(image, file)));
+    }
+
+    void cacheFollowsTheFile()
+    {
+        clearLutCache();
+        const QByteArray path = table("cached.cube", cubeText(2, identity));
+        const auto first = loadLutCached(path.toStdString());
+        QVERIFY(first);
+        QCOMPARE(loadLutCached(path.toStdString()).get(), first.get());
+
+        // Same size, new content and time: read again.
+        QByteArray changed = cubeText(2, [](float r, float g, float b) { return LutRgb{g, b, r}; });
+        QCOMPARE(changed.size(), cubeText(2, identity).size());
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        writeFile(path, changed);
+        const auto second = loadLutCached(path.toStdString());
+        QVERIFY(second && second.get() != first.get());
+        QCOMPARE(second->grid[4 * 1], 0.0f);  // entry (0, 0, 1): green = blue input = 1
+        QCOMPARE(second->grid[4 * 1 + 1], 1.0f);
+
+        // Failures are not cached: the reader speaks every time.
+        const QByteArray bad = table("bad.cube", "LUT_3D_SIZE 70\n");
+        for (int i = 0; i < 2; ++i)
+            QCOMPARE(captureStdout([&] { QVERIFY(!loadLutCached(bad.toStdString())); }),
+                     QByteArray("Too large or invalid 3D LUT size\n"));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestLutApply)
+#include "tst_lutapply.moc"

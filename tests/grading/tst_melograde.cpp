@@ -1,0 +1,171 @@
+// The melo-grade executable, run as a user would run it.
+#include "GradingTestSupport.h"
+#include "LayerGrading.h"
+#include "LutApply.h"
+
+#include <opencv2/imgcodecs.hpp>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+struct Run {
+    int exitCode = -1;
+    QByteArray out, err;
+};
+
+Run meloGrade(const QStringList& arguments, const QByteArray& locale = "C.UTF-8")
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("LC_ALL", locale);
+    process.setProcessEnvironment(environment);
+    process.start(MELO_GRADE_PROGRAM, arguments);
+    Run run;
+    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
+        return run;
+    run.exitCode = process.exitCode();
+    run.out = process.readAllStandardOutput();
+    run.err = process.readAllStandardError();
+    return run;
+}
+
+const QString kSamples = QStringLiteral(MELO_SAMPLES_DIR);
+const QString kLibrary = QStringLiteral(MELO_PRESET_DIR "/MELO");
+
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+}  // namespace
+
+class TestMeloGrade : public QObject
+{
+    Q_OBJECT
+    QTemporaryDir m_dir;
+
+private slots:
+    void lutPrintsTheTable()
+    {
+        const QString cube = m_dir.path() + "/t.cube";
+        writeFile(cube, "LUT_3D_SIZE 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n-0.3 2.5 1e-7\n");
+        const Run run = meloGrade({"lut", cube}, "de_DE.UTF-8");
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.out, QByteArray("size 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n"
+                                     "-0.300000012 2.5 1.00000001e-07\n"));
+
+        // A blue-fastest file comes out red fastest: the second line printed
+        // is the entry of red index 1, line 289 of the file.
+        QByteArray text = "0 1023\n";
+        for (int i = 0; i < 17 * 17 * 17; ++i)
+            text += QByteArray::number(i) + " 0 4096\n";
+        writeFile(m_dir.path() + "/t.3dl", text);
+        const Run order = meloGrade({"lut", m_dir.path() + "/t.3dl"});
+        QCOMPARE(order.exitCode, 0);
+        const QList<QByteArray> lines = order.out.split('\n');
+        QCOMPARE(lines.size(), 4913 + 2);
+        QCOMPARE(lines[2], QByteArray::number(289.0 / 4096, 'g', 9) + " 0 1");
+
+        // A failure keeps the reader's own diagnostic.
+        writeFile(m_dir.path() + "/big.dat", "3DLUTSIZE 0x41\n");
+        const Run failed = meloGrade({"lut", m_dir.path() + "/big.dat"});
+        QCOMPARE(failed.exitCode, 1);
+        QCOMPARE(failed.out, QByteArray("Too large or invalid 3D LUT size\n"));
+        QCOMPARE(failed.err.count('\n'), 1);
+    }
+
+    void applyMatchesTheLibrary()
+    {
+        const QString a = kLibrary + "/0/11.CUBE", b = kLibrary + "/2/9.CUBE";
+        const QString input = kSamples + "/astronaut.png", output = m_dir.path() + "/applied.png";
+        const Run run = meloGrade({"apply", "--lut", a, "--lut", b, "--strength", "40", input, output});
+        QCOMPARE(run.exitCode, 0);
+        const cv::Mat first = applyLutFile(cv::imread(input.toStdString()), a.toLocal8Bit().constData());
+        const cv::Mat expected = blendLayer(first, applyLutFile(first, b.toLocal8Bit().constData()), 40);
+        QVERIFY(sameImage(cv::imread(output.toStdString(), cv::IMREAD_UNCHANGED), expected));
+    }
+
+    void presetMatchesTheLibrary_data()
+    {
+        QTest::addColumn<QString>("presets");
+        QTest::newRow("archive") << QStringLiteral(MELO_PRESET_ARCHIVE);
+        QTest::newRow("folder") << QStringLiteral(MELO_PRESET_DIR);
+    }
+    void presetMatchesTheLibrary()
+    {
+        QFETCH(QString, presets);
+        QTemporaryDir out;
+        const QStringList inputs = {kSamples + "/chelsea.png", kSamples + "/rocket.jpg", kSamples + "/camera.png"};
+        const Run run = meloGrade(QStringList{"preset", "--scene", "1", "--top", "2", "--down", "5", "--strength",
+                                             "70", "--presets", presets, "--out-dir", out.path()} +
+                                 inputs);
+        QCOMPARE(run.exitCode, 0);
+        LayerSelection selection;
+        selection.ids[0] = 2;
+        selection.ids[2] = 5;
+        selection.strengths[0] = selection.strengths[1] = selection.strengths[2] = 70;
+        for (const QString& input : inputs) {
+            const cv::Mat photo = cv::imread(input.toStdString(), cv::IMREAD_UNCHANGED);
+            const QString expected = out.path() + "/expected.jpg";
+            cv::imwrite(expected.toStdString(), gradeLayers(photo, 1, selection, kLibrary).image,
+                        {cv::IMWRITE_JPEG_QUALITY, 100});
+            const QString written = out.path() + "/" + QFileInfo(input).completeBaseName() + ".jpg";
+            QVERIFY2(fileBytes(written) == fileBytes(expected), qPrintable(written));
+        }
+    }
+
+    void badArguments_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("nothing") << QStringList();
+        QTest::newRow("unknown command") << QStringList{"grade"};
+        QTest::newRow("strength before lut") << QStringList{"apply", "--strength", "5", "a.png", "b.png"};
+        QTest::newRow("strength too high") << QStringList{"apply", "--lut", "x.cube", "--strength", "101", "a", "b.png"};
+        QTest::newRow("output format") << QStringList{"apply", "a.png", "b.bmp"};
+        QTest::newRow("no scene") << QStringList{"preset", "--top", "1", "--out-dir", "/tmp", "a.png"};
+        QTest::newRow("down 12") << QStringList{"preset", "--scene", "0", "--down", "12", "--out-dir", "/tmp", "a"};
+        QTest::newRow("unknown option") << QStringList{"preset", "--scene", "0", "--size", "3", "a.png"};
+    }
+    void badArguments()
+    {
+        QFETCH(QStringList, arguments);
+        const Run run = meloGrade(arguments);
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY2(run.err.startsWith("melo-grade: ") || run.err.startsWith("usage:"), run.err.constData());
+        QVERIFY(run.out.isEmpty());
+    }
+
+    void failuresDoNotStopTheBatch()
+    {
+        QTemporaryDir out;
+        writeFile(out.path() + "/broken.png", "not a picture");
+        const Run run = meloGrade({"preset", "--scene", "0", "--down", "0", "--presets", MELO_PRESET_DIR,
+                                  "--out-dir", out.path() + "/graded", kSamples + "/coffee.png",
+                                  out.path() + "/missing.png", out.path() + "/broken.png", kSamples + "/chelsea.png"});
+        QCOMPARE(run.exitCode, 3);
+        QVERIFY(run.err.contains("missing.png: cannot read the image"));
+        QVERIFY(run.err.contains("broken.png: cannot read the image"));
+        QVERIFY(QFileInfo(out.path() + "/graded/coffee.jpg").size() > 0);
+        QVERIFY(QFileInfo(out.path() + "/graded/chelsea.jpg").size() > 0);
+
+        const Run unwritable = meloGrade({"apply", kSamples + "/coffee.png", "/proc/melo/out.png"});
+        QCOMPARE(unwritable.exitCode, 3);
+        QVERIFY(unwritable.err.contains("cannot write"));
+        const Run noLut = meloGrade({"apply", "--lut", out.path() + "/none.cube", kSamples + "/coffee.png",
+                                    out.path() + "/x.png"});
+        QCOMPARE(noLut.exitCode, 1);
+        const Run noPreset = meloGrade({"preset", "--scene", "0", "--top", "0", "--presets", out.path(), "--out-dir",
+                                       out.path(), kSamples + "/coffee.png"});
+        QCOMPARE(noPreset.exitCode, 1);
+        QVERIFY(noPreset.err.contains("no such preset"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMeloGrade)
+#include "tst_melograde.moc"

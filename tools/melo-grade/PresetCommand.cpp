@@ -1,0 +1,223 @@
+// melo-grade preset --scene S [--top I] [--mid I] [--down I] [--strength N]
+//                   [--presets DIR|ARCHIVE] --out-dir DIR INPUT...
+//
+// Grades every input at full resolution with the chosen layers of a scene,
+// as the editor's save does, several files at a time. Each result is written
+// as DIR/<input base name>.jpg (JPEG quality 100). --presets names a folder
+// holding MELO/<scene>/<n>.CUBE (or the MELO folder itself) or the encrypted
+// preset archive, which is unpacked into a private temporary folder first;
+// without it the library unpacked by the program (temp folder/MELO) is used.
+#include "GradeTool.h"
+
+#include "GlobalConstants.h"
+#include "LayerGrading.h"
+#include "LutApply.h"
+#include "LutCache.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <atomic>
+#include <cstdio>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+struct PresetJob {
+    int scene = -1;
+    LayerSelection selection;
+    std::string presets;
+    std::string outDir;
+    Arguments inputs;
+};
+
+const char* const kLayerOptions[kPresetLayerCount] = {"--top", "--mid", "--down"};
+const int kLayerSizes[kPresetLayerCount] = {4, 4, 12};
+
+int parseJob(const Arguments& args, PresetJob& job)
+{
+    int strength = 100;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& option = args[i];
+        if (option.rfind("--", 0) != 0) {
+            job.inputs.push_back(option);
+            continue;
+        }
+        if (i + 1 >= args.size())
+            return usageError(option + " needs a value");
+        const std::string& value = args[++i];
+        int layer = -1;
+        for (int l = 0; l < kPresetLayerCount; ++l)
+            if (option == kLayerOptions[l])
+                layer = l;
+        if (layer >= 0) {
+            if (!parseNumber(value, 0, kLayerSizes[layer] - 1, job.selection.ids[layer]))
+                return usageError(option + " needs a preset from 0 to " + std::to_string(kLayerSizes[layer] - 1));
+        } else if (option == "--scene") {
+            if (!parseNumber(value, 0, kSceneCount - 1, job.scene))
+                return usageError("--scene needs a scene from 0 to " + std::to_string(kSceneCount - 1));
+        } else if (option == "--strength") {
+            if (!parseNumber(value, 0, 100, strength))
+                return usageError("--strength needs a number from 0 to 100");
+        } else if (option == "--presets") {
+            job.presets = value;
+        } else if (option == "--out-dir") {
+            job.outDir = value;
+        } else {
+            return usageError("unknown option " + option);
+        }
+    }
+    for (int& s : job.selection.strengths)
+        s = strength;
+    if (job.scene < 0)
+        return usageError("preset needs --scene");
+    if (job.outDir.empty())
+        return usageError("preset needs --out-dir");
+    if (job.inputs.empty())
+        return usageError("preset needs at least one input image");
+    return kExitOk;
+}
+
+// The library root (the folder with the scene folders), unpacking an archive
+// into unpackDir when one is named. Empty after complaining on failure.
+QString libraryRoot(const std::string& presets, QTemporaryDir& unpackDir)
+{
+    if (presets.empty())
+        return presetRoot();
+    const QString named = QString::fromLocal8Bit(presets.c_str());
+    const QFileInfo info(named);
+    if (info.isDir())
+        return QDir(named + "/MELO").exists() ? named + "/MELO" : named;
+    QString error;
+    if (!unpackDir.isValid() || !unpackPresetArchive(named, unpackDir.path(), &error)) {
+        complain(presets + ": cannot unpack the presets: " + error.toLocal8Bit().toStdString());
+        return {};
+    }
+    return unpackDir.path() + "/MELO";
+}
+
+// Every chosen preset must be there and readable before any file is graded.
+bool presetsReadable(const PresetJob& job, const QString& root)
+{
+    for (int layer = 0; layer < kPresetLayerCount; ++layer) {
+        if (job.selection.ids[layer] < 0)
+            continue;
+        const QString path =
+            presetFilePath(root, job.scene, presetFileNumber(PresetLayer(layer), job.selection.ids[layer]));
+        const std::string local = path.toLocal8Bit().toStdString();
+        if (!QFileInfo(path).isFile()) {
+            complain(local + ": no such preset");
+            return false;
+        }
+        if (!loadLutCached(local)) {
+            complain(local + ": cannot read the preset");
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string baseName(const std::string& path)
+{
+    return QFileInfo(QString::fromLocal8Bit(path.c_str())).completeBaseName().toLocal8Bit().toStdString();
+}
+
+// Reports progress on one terminal line, and failures on lines of their own.
+class Progress {
+public:
+    explicit Progress(size_t total) : m_total(total), m_terminal(isatty(fileno(stderr))) {}
+    void failed(const std::string& message)
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_terminal)
+            fputs("\r\033[K", stderr);
+        complain(message);
+        draw();
+    }
+    void done()
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        ++m_done;
+        draw();
+        if (m_terminal && m_done == m_total)
+            fputs("\n", stderr);
+    }
+
+private:
+    void draw()
+    {
+        if (m_terminal) {
+            fprintf(stderr, "\rmelo-grade: %zu of %zu", m_done, m_total);
+            fflush(stderr);
+        }
+    }
+    std::mutex m_mutex;
+    size_t m_done = 0;
+    const size_t m_total;
+    const bool m_terminal;
+};
+
+}  // namespace
+
+int runPresetCommand(const Arguments& args)
+{
+    PresetJob job;
+    if (const int status = parseJob(args, job))
+        return status;
+    QTemporaryDir unpackDir;
+    const QString root = libraryRoot(job.presets, unpackDir);
+    if (root.isEmpty() || !presetsReadable(job, root))
+        return kExitLutFailed;
+    if (!QDir().mkpath(QString::fromLocal8Bit(job.outDir.c_str()))) {
+        complain(job.outDir + ": cannot create the output folder");
+        return kExitImageFailed;
+    }
+
+    // One output per input; a second input with the same base name is refused
+    // rather than overwriting the first one's result.
+    std::vector<std::string> outputs(job.inputs.size());
+    std::map<std::string, size_t> owner;
+    Progress progress(job.inputs.size());
+    std::atomic<bool> anyFailed{false};
+    for (size_t i = 0; i < job.inputs.size(); ++i) {
+        const std::string output = job.outDir + "/" + baseName(job.inputs[i]) + ".jpg";
+        if (!owner.emplace(output, i).second) {
+            progress.failed(job.inputs[i] + ": skipped, " + output + " is the result of " +
+                            job.inputs[owner[output]]);
+            anyFailed = true;
+            continue;
+        }
+        outputs[i] = output;
+    }
+
+    std::atomic<size_t> next{0};
+    auto work = [&] {
+        for (size_t i; (i = next++) < job.inputs.size();) {
+            if (outputs[i].empty())
+                continue;
+            const cv::Mat input = readImage(job.inputs[i]);
+            bool ok = !input.empty();
+            if (ok) {
+                const LayerGradeResult result = gradeLayers(input, job.scene, job.selection, root);
+                ok = writeImage(outputs[i], result.graded ? result.image : toBgr8(input));
+            }
+            if (ok)
+                progress.done();
+            else
+                anyFailed = true;
+        }
+    };
+    const size_t workers = std::min<size_t>(job.inputs.size(), std::max(1, QThread::idealThreadCount()));
+    std::vector<std::thread> threads;
+    for (size_t w = 1; w < workers; ++w)
+        threads.emplace_back(work);
+    work();
+    for (std::thread& thread : threads)
+        thread.join();
+    return anyFailed ? kExitImageFailed : kExitOk;
+}
