@@ -114,9 +114,9 @@ private:
     // -- Construction steps, called in order by the constructor ------------
     void buildUi();            // BrisaQT_ui.cpp
     void buildTray();          // BrisaQT_tray.cpp
+    void setupPageChannels();  // BrisaQT_bridge.cpp
     void buildTitleBar();      // BrisaQT_titlebar.cpp
     void buildEditorPanel();   // BrisaQT_editor.cpp
-    void setupPageChannels();  // BrisaQT_bridge.cpp
     void connectPageControls();  // BrisaQT_bridge.cpp, once the title bar exists
 
     // -- Helpers -----------------------------------------------------------
