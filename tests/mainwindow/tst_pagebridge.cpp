@@ -2,6 +2,7 @@
 // for through "qtui", what the window runs in them, and what a page cannot
 // reach. Runs on the display of xvfb-run.
 #include "BrisaQT.h"
+#include "FileBytes.h"
 #include "GlobalConstants.h"
 #include "GuiTestMain.h"
 #include "ModalAnswerer.h"
@@ -14,7 +15,6 @@
 #include "UserDialog.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFrame>
 #include <QLabel>
 #include <QPushButton>
@@ -28,7 +28,7 @@
 // Opens the window in a test function and stops that function if it failed.
 #define OPEN_WINDOW()                        \
     do {                                     \
-        openWindow();                         \
+        openWindow();                        \
         if (QTest::currentTestFailed())      \
             return;                          \
     } while (false)
@@ -36,12 +36,6 @@
 namespace {
 
 const int kPageTimeoutMs = 20000;
-
-QByteArray fileBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 } // namespace
 
