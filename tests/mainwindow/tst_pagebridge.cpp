@@ -184,8 +184,8 @@ private slots:
         QFETCH(bool, homeShown);
         OPEN_WINDOW();
         storeFolder();
-        m_window->clickedRefreshBtn();
-        QVERIFY(widget("myWidget")->isVisible());
+        js(home(), QStringLiteral("document.getElementById('enterEditor').click()"));  // "开始修图"
+        QTRY_VERIFY(widget("myWidget")->isVisible());
         QSignalSpy galleryLoads(gallery(), &QWebEngineView::loadFinished);
         QSignalSpy homeLoads(home(), &QWebEngineView::loadFinished);
         js(gallery(), QStringLiteral("qtui.recieveJsToChangeWebView('%1')").arg(page));
