@@ -10,9 +10,13 @@
 //   BrisaQT_editor.cpp    the editor container and its resize rule
 //   BrisaQT_views.cpp     switching between the three views
 //   BrisaQT_tray.cpp      tray icon, hiding to the tray, delayed close
-// The editor and the page bridge add their own files with their members,
-// slots and builder functions; see the sections below.
+//   BrisaQT_bridge.cpp    the embedded pages: channels, what the pages ask
+//                         for, the downloads they start, scripts run in them
+// The editor adds its own files with its members, slots and builder
+// functions; see the sections below.
 #pragma once
+
+#include "ImageDocument.h"
 
 #include <QMainWindow>
 #include <QPoint>
@@ -21,6 +25,7 @@
 #include <memory>
 
 class MyMousePressLabel;
+class PageBridge;
 class QAction;
 class QFrame;
 class QLabel;
@@ -28,6 +33,7 @@ class QMenu;
 class QPushButton;
 class QScrollArea;
 class QTimer;
+class QWebChannel;
 class QWebEngineView;
 class UserDialog;
 
@@ -39,12 +45,16 @@ public:
     explicit BrisaQT(QWidget* parent = nullptr);
     ~BrisaQT() override;
 
+    // The open photograph and the images derived from it.
+    const ImageDocument& document() const { return m_document; }
+
 signals:
     // After maximise and restore, once the new size is set: the image view
     // re-fits the photo to its new size.
     void imageViewRefitRequested();
 
-    // Public slots can also be called by the web pages through the bridge.
+    // The web pages reach a part of these through PageBridge ("qtui"),
+    // never the window itself.
 public slots:
     // -- Window size and close (BrisaQT.cpp) ------------------------------
     void clickedMaxBtn();
@@ -73,6 +83,27 @@ public slots:
     void timerTimeoutToClose();
     void onActivated(QSystemTrayIcon::ActivationReason reason);
 
+    // -- Embedded pages (BrisaQT_bridge.cpp) -------------------------------
+    // Called by the pages through PageBridge, which has checked the arguments.
+    void recieveJsMessage(QString jsUrls, QString jsNames);
+    void recieveJsMessageOpenDirectory(QString jsUrl, QString jsName);
+    void recieveJsMessageAdjustment(QString jsUrl, QString jsName);
+    void recieveJsMessageUser(QString jsIconUrl, QString jsName, QString jsNum, QString jsUserID);
+    void recieveJsToChangeWebView(QString page);
+    void recieveJsToJumpUrl(QString url);
+    void recieveJsToLogout(bool bLogout);
+    void webClearCache();
+    // Results of the downloads the pages start; account and folder buttons.
+    void openDownLoadDirectory();
+    void openLoadUserIcon(QString szTemp);
+    void clickedOpenDownLoadBtn();
+    void clickedLoginBtn();
+    void onUserLogout();
+    void toWebUpdateWebNote(bool bload);
+
+    // -- Editor (BrisaQT_editor.cpp) ----------------------------------------
+    void openAdjustment(QString szTemp);
+
 protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -83,8 +114,10 @@ private:
     // -- Construction steps, called in order by the constructor ------------
     void buildUi();            // BrisaQT_ui.cpp
     void buildTray();          // BrisaQT_tray.cpp
+    void setupPageChannels();  // BrisaQT_bridge.cpp
     void buildTitleBar();      // BrisaQT_titlebar.cpp
     void buildEditorPanel();   // BrisaQT_editor.cpp
+    void connectPageControls();  // BrisaQT_bridge.cpp, once the title bar exists
 
     // -- Helpers -----------------------------------------------------------
     void applyWindowSize(bool maximized);
@@ -93,6 +126,9 @@ private:
     // Opens the settings dialog the one way every caller does; returns its
     // result.
     int runSettingDialog(int mode, int twoButtons);
+    // Returns once a download folder is stored, asking for one until then:
+    // the editor and the downloads into it need it.
+    void ensureDownloadFolder();
     // Puts the checked state of the two view buttons back to the last view
     // switch that was carried out (a click toggles them before the slot runs).
     void restoreViewButtons();
@@ -131,6 +167,14 @@ private:
     QScrollArea* m_rightContentFrame = nullptr;  // the grading panel scrolls in it
     QFrame* m_rightUpperStrip = nullptr;
     QFrame* m_rightLowerStrip = nullptr;
+
+    // -- Embedded pages -------------------------------------------------------
+    PageBridge* m_pageBridge = nullptr;          // "qtui" on both channels
+    QWebChannel* m_galleryChannel = nullptr;
+    QWebChannel* m_homeChannel = nullptr;
+
+    // -- Image document --------------------------------------------------------
+    ImageDocument m_document;
 
     // -- Tray and delayed close --------------------------------------------
     QSystemTrayIcon* m_trayIcon = nullptr;

@@ -54,3 +54,10 @@ void BrisaQT::layoutEditor()
     m_rightUpperStrip->setGeometry(e.upperStrip);
     m_rightLowerStrip->setGeometry(e.lowerStrip);
 }
+
+// Opens a photograph into the document: a gallery download hands it over
+// here once it is on disk.
+void BrisaQT::openAdjustment(QString szTemp)
+{
+    m_document.openAdjustment(szTemp);
+}
