@@ -21,8 +21,10 @@ BrisaQT::BrisaQT(QWidget* parent) : QMainWindow(parent)
     setWindowFlags(windowFlags() | Qt::FramelessWindowHint);
     buildUi();
     buildTray();
+    setupPageChannels();
     buildTitleBar();
     buildEditorPanel();
+    connectPageControls();
     setMaximumSize(FrameLayout::kMaximizedSize);
     setMinimumSize(FrameLayout::kNormalSize);
     applyWindowSize(true);

@@ -10,8 +10,10 @@
 //   BrisaQT_editor.cpp    the editor container and its resize rule
 //   BrisaQT_views.cpp     switching between the three views
 //   BrisaQT_tray.cpp      tray icon, hiding to the tray, delayed close
-// The editor and the page bridge add their own files with their members,
-// slots and builder functions; see the sections below. The editor's files:
+//   BrisaQT_bridge.cpp    the embedded pages: channels, what the pages ask
+//                         for, the downloads they start, scripts run in them
+// The editor adds its own files with its members, slots and builder
+// functions; see the sections below:
 //   BrisaQT_edit.cpp      image view, tool strip, save bar, their layout
 //   BrisaQT_document.cpp  opening a photograph, showing it, the compare
 //   BrisaQT_gradingpanel.cpp  the grading panel and its connections
@@ -36,6 +38,7 @@ class GradingPanel;
 class MyDrawLabel;
 class MyMousePressLabel;
 class MyThread;
+class PageBridge;
 class QAction;
 class QComboBox;
 class QFrame;
@@ -47,6 +50,7 @@ class QSlider;
 class QSpinBox;
 class QThread;
 class QTimer;
+class QWebChannel;
 class QWebEngineView;
 class UserDialog;
 
@@ -83,7 +87,8 @@ signals:
     // the program emits it.
     void sendThreadSlot(cv::Mat mat, char* szTempFile, int value, int num);
 
-    // Public slots can also be called by the web pages through the bridge.
+    // The web pages reach a part of these through PageBridge ("qtui"),
+    // never the window itself.
 public slots:
     // -- Window size and close (BrisaQT.cpp) ------------------------------
     void clickedMaxBtn();
@@ -111,6 +116,24 @@ public slots:
     void closeToWindows();
     void timerTimeoutToClose();
     void onActivated(QSystemTrayIcon::ActivationReason reason);
+
+    // -- Embedded pages (BrisaQT_bridge.cpp) -------------------------------
+    // Called by the pages through PageBridge, which has checked the arguments.
+    void recieveJsMessage(QString jsUrls, QString jsNames);
+    void recieveJsMessageOpenDirectory(QString jsUrl, QString jsName);
+    void recieveJsMessageAdjustment(QString jsUrl, QString jsName);
+    void recieveJsMessageUser(QString jsIconUrl, QString jsName, QString jsNum, QString jsUserID);
+    void recieveJsToChangeWebView(QString page);
+    void recieveJsToJumpUrl(QString url);
+    void recieveJsToLogout(bool bLogout);
+    void webClearCache();
+    // Results of the downloads the pages start; account and folder buttons.
+    void openDownLoadDirectory();
+    void openLoadUserIcon(QString szTemp);
+    void clickedOpenDownLoadBtn();
+    void clickedLoginBtn();
+    void onUserLogout();
+    void toWebUpdateWebNote(bool bload);
 
     // -- Editor: the photograph (BrisaQT_document.cpp) ---------------------
     void clickedAddBtn();
@@ -180,9 +203,11 @@ private:
     // -- Construction steps, called in order by the constructor ------------
     void buildUi();            // BrisaQT_ui.cpp
     void buildTray();          // BrisaQT_tray.cpp
+    void setupPageChannels();  // BrisaQT_bridge.cpp
     void buildTitleBar();      // BrisaQT_titlebar.cpp
     void buildEditorPanel();   // BrisaQT_editor.cpp; ends with buildImageEditor
     void buildImageEditor();   // BrisaQT_edit.cpp
+    void connectPageControls();  // BrisaQT_bridge.cpp, once the title bar exists
 
     // -- Helpers -----------------------------------------------------------
     void applyWindowSize(bool maximized);
@@ -191,6 +216,9 @@ private:
     // Opens the settings dialog the one way every caller does; returns its
     // result.
     int runSettingDialog(int mode, int twoButtons);
+    // Returns once a download folder is stored, asking for one until then:
+    // the editor and the downloads into it need it.
+    void ensureDownloadFolder();
     // Puts the checked state of the two view buttons back to the last view
     // switch that was carried out (a click toggles them before the slot runs).
     void restoreViewButtons();
@@ -230,7 +258,12 @@ private:
     QFrame* m_rightUpperStrip = nullptr;
     QFrame* m_rightLowerStrip = nullptr;
 
-    // -- Image document ----------------------------------------------------
+    // -- Embedded pages -------------------------------------------------------
+    PageBridge* m_pageBridge = nullptr;          // "qtui" on both channels
+    QWebChannel* m_galleryChannel = nullptr;
+    QWebChannel* m_homeChannel = nullptr;
+
+    // -- Image document --------------------------------------------------------
     ImageDocument m_document;
 
     // -- Editor: building and helpers ----------------------------------------

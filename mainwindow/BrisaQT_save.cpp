@@ -69,7 +69,7 @@ bool BrisaQT::save_settingFile(setting& st)
     if (st.interactive != 0) {
         if (result.status != SaveStatus::NoFormat)
             showNotice(QStringLiteral("保存文件成功！"), QStringLiteral("成功"));
-        // PENDING-BRIDGE openDownLoadDirectory();
+        openDownLoadDirectory();
     }
     return false;
 }

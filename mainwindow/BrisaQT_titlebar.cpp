@@ -85,12 +85,12 @@ void BrisaQT::buildTitleBar()
                          {&m_normalBtn, "maxBtn", "normal"},
                          {&m_maxBtn, "maxBtn", "max"},
                          {&m_minBtn, "minBtn", "min"}};
-    for (const auto& spec : windowButtons) {
+    for (const auto& entry : windowButtons) {
         auto* button = new QPushButton(m_titleframe);
-        button->setObjectName(QString::fromLatin1(spec.name));
+        button->setObjectName(QString::fromLatin1(entry.name));
         button->resize(FrameLayout::kWindowButtonSize, FrameLayout::kWindowButtonSize);
-        button->setStyleSheet(windowButtonStyle(QString::fromLatin1(spec.image)));
-        *spec.member = button;
+        button->setStyleSheet(windowButtonStyle(QString::fromLatin1(entry.image)));
+        *entry.member = button;
     }
     connect(m_closeBtn, &QPushButton::clicked, this, &BrisaQT::clickedCloseBtn);
     connect(m_normalBtn, &QPushButton::clicked, this, &BrisaQT::clickedNormalBtn);

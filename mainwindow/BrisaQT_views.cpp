@@ -57,14 +57,19 @@ void BrisaQT::clickedReturnCloudBtn()
     m_addImageBtn->hide();
 }
 
-void BrisaQT::clickedRefreshBtn()
+void BrisaQT::ensureDownloadFolder()
 {
-    // The editor needs a folder for downloads and saved photos; there is no
-    // way in until one is stored.
     while (readSettingValue(kProductKey, kDownLoadPath).isEmpty()) {
         showNotice(QStringLiteral("请先设置下文件保存路径!"));
         runSettingDialog(2, 1);
     }
+}
+
+void BrisaQT::clickedRefreshBtn()
+{
+    // The editor needs a folder for downloads and saved photos; there is no
+    // way in until one is stored.
+    ensureDownloadFolder();
     m_webEngineView->hide();
     m_webEngineView2->hide();
     m_myWidget->show();

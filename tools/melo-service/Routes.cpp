@@ -13,8 +13,9 @@ const char kHtml[] = "text/html; charset=utf-8";
 const char kText[] = "text/plain; charset=utf-8";
 const char kJson[] = "application/json; charset=utf-8";
 const char kBinary[] = "application/octet-stream";
+const char kScript[] = "application/javascript; charset=utf-8";
 
-// Placeholder pages, kept as files so they are easy to replace.
+// Pages and their style sheets and scripts, kept as files.
 const struct {
     const char* path;
     const char* file;
@@ -22,11 +23,26 @@ const struct {
     {"/", "site.html"},
     {"/client/index.html", "home.html"},
     {"/client/gallery.html", "gallery.html"},
+    {"/client/melo.css", "melo.css"},
+    {"/client/melo.js", "melo.js"},
     {"/web/member/index", "member.html"},
     {"/web/combo/index", "combo.html"},
     {"/help/index.html", "help.html"},
     {"/placeholder.css", "placeholder.css"},
 };
+
+const char* contentTypeOf(const std::string& file)
+{
+    const auto endsWith = [&file](const char* suffix) {
+        const size_t n = std::char_traits<char>::length(suffix);
+        return file.size() > n && file.compare(file.size() - n, n, suffix) == 0;
+    };
+    if (endsWith(".css"))
+        return "text/css; charset=utf-8";
+    if (endsWith(".js"))
+        return kScript;
+    return kHtml;
+}
 
 // Waits in short steps so a shutdown is not held up.
 void pause(int ms, const std::atomic<bool>& stopping)
@@ -126,8 +142,7 @@ void addPageRoutes(httplib::Server& server, ServiceContext& context)
 {
     for (const auto& page : kPages) {
         const std::string file = context.pagesDir + "/" + page.file;
-        const bool css = file.size() > 4 && file.compare(file.size() - 4, 4, ".css") == 0;
-        const char* type = css ? "text/css; charset=utf-8" : kHtml;
+        const char* type = contentTypeOf(file);
         server.Get(page.path, [file, type](const httplib::Request&, httplib::Response& res) {
             // Read at every request: an edited page shows without a restart.
             std::ifstream in(file, std::ios::binary);
@@ -140,6 +155,14 @@ void addPageRoutes(httplib::Server& server, ServiceContext& context)
                             type);
         });
     }
+    const std::string& script = context.webChannelScript;
+    server.Get("/qwebchannel.js", [&script](const httplib::Request&, httplib::Response& res) {
+        if (script.empty()) {
+            res.status = 404;
+            return;
+        }
+        res.set_content(script, kScript);
+    });
 }
 
 } // namespace

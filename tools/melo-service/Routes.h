@@ -15,6 +15,7 @@ struct ServiceContext {
     ServiceState& state;
     const Gallery& gallery;
     std::string pagesDir;
+    std::string webChannelScript;        // served as /qwebchannel.js
     const std::atomic<bool>& stopping;   // set on shutdown; ends long waits
 };
 

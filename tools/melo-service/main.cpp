@@ -5,6 +5,7 @@
 #include "Routes.h"
 #include "ServiceOptions.h"
 #include "ServiceState.h"
+#include "WebChannelScript.h"
 
 #include <httplib.h>
 
@@ -76,7 +77,10 @@ int main(int argc, char** argv)
 
     ServiceState state(options.init);
     const Gallery gallery(options.samplesDir);
-    ServiceContext context{state, gallery, options.pagesDir, g_stopping};
+    const std::string script = webChannelScript();
+    if (script.empty())
+        std::fprintf(stderr, "melo-service: Qt WebChannel script not found; pages run without the client\n");
+    ServiceContext context{state, gallery, options.pagesDir, script, g_stopping};
     addRoutes(https, context);
     addRoutes(http, context);
 
