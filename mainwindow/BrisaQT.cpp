@@ -36,7 +36,10 @@ BrisaQT::BrisaQT(QWidget* parent) : QMainWindow(parent)
     layoutFrame();
 }
 
-BrisaQT::~BrisaQT() = default;
+BrisaQT::~BrisaQT()
+{
+    stopWorkerThread();
+}
 
 // ---- Window size ----------------------------------------------------------
 

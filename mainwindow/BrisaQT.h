@@ -13,10 +13,20 @@
 //   BrisaQT_bridge.cpp    the embedded pages: channels, what the pages ask
 //                         for, the downloads they start, scripts run in them
 // The editor adds its own files with its members, slots and builder
-// functions; see the sections below.
+// functions; see the sections below:
+//   BrisaQT_edit.cpp      image view, tool strip, save bar, their layout
+//   BrisaQT_document.cpp  opening a photograph, showing it, the compare
+//   BrisaQT_gradingpanel.cpp  the grading panel and its connections
+//   BrisaQT_grading.cpp   layer grading, strengths, resets, scene switch
+//   BrisaQT_smart.cpp     the smart recommendation and its history
+//   BrisaQT_crop.cpp      the crop tool
+//   BrisaQT_save.cpp      saving at full resolution
+//   BrisaQT_thread.cpp    the worker thread's wiring
 #pragma once
 
 #include "ImageDocument.h"
+#include "SaveSetting.h"
+#include "SmartDraw.h"
 
 #include <QMainWindow>
 #include <QPoint>
@@ -24,14 +34,21 @@
 
 #include <memory>
 
+class GradingPanel;
+class MyDrawLabel;
 class MyMousePressLabel;
+class MyThread;
 class PageBridge;
 class QAction;
+class QComboBox;
 class QFrame;
 class QLabel;
 class QMenu;
 class QPushButton;
 class QScrollArea;
+class QSlider;
+class QSpinBox;
+class QThread;
 class QTimer;
 class QWebChannel;
 class QWebEngineView;
@@ -48,10 +65,27 @@ public:
     // The open photograph and the images derived from it.
     const ImageDocument& document() const { return m_document; }
 
+    // -- Editor operations ---------------------------------------------------
+    // Shows a matrix in the image view by the fit rule; false when empty.
+    bool showMat(const cv::Mat& mat);
+    // Reads a file into the document (see ImageDocument) and shows it.
+    bool loadImageFile(const char* path, bool full);
+    // Grades with the checked presets: the preview, shown, or with `full`
+    // the full-resolution image into the document's working result.
+    void applyLayers(bool full);
+    // Grades with the smart pick at one strength for every layer; draws a new
+    // pick first unless `full` or `replay`.
+    void applyRandom(bool full, bool replay, int strength);
+    // The preset buttons' thumbnails and captions for the current scene.
+    void refreshPresetThumbnails();
+
 signals:
     // After maximise and restore, once the new size is set: the image view
     // re-fits the photo to its new size.
     void imageViewRefitRequested();
+    // Hands a layer to the worker thread (see startThreadSlot); nothing in
+    // the program emits it.
+    void sendThreadSlot(cv::Mat mat, char* szTempFile, int value, int num);
 
     // The web pages reach a part of these through PageBridge ("qtui"),
     // never the window itself.
@@ -101,8 +135,63 @@ public slots:
     void onUserLogout();
     void toWebUpdateWebNote(bool bload);
 
-    // -- Editor (BrisaQT_editor.cpp) ----------------------------------------
+    // -- Editor: the photograph (BrisaQT_document.cpp) ---------------------
+    void clickedAddBtn();
     void openAdjustment(QString szTemp);
+    void get_Thread_msg(cv::Mat cvmat);
+    void clickedContrastBtn();
+
+    // -- Editor: preset layers (BrisaQT_grading.cpp) -----------------------
+    void on_changeButtonGroup(int id);
+    void on_changeButtonMidGroup(int id);
+    void on_changeButtonDownGroup(int id);
+    void onRight_top_sliderValueChanged(int value);
+    void onRight_top_spinValueChanged(int value);
+    void onRight_top_mid_sliderValueChanged(int value);
+    void onRight_top_mid_spinValueChanged(int value);
+    void onRight_top_down_sliderValueChanged(int value);
+    void onRight_top_down_spinValueChanged(int value);
+    void resetTopImage();
+    void resetMidImage();
+    void resetDownImage();
+    void resetImage();
+    void comboBoxCurrentIndexChanged(int index);
+    // Part of the window's interface without a task: they do nothing.
+    void onRight_top_slidersValueChanged(QSlider* slider, int value);
+    void onRight_top_spinsValueChanged(QSpinBox* spinBox, int value);
+    void onsliderDblClickResetImage(QSlider* slider);
+    void onRight_down_sliderValueChanged(int value);
+    void onRight_down_spinValueChanged(int value);
+
+    // -- Editor: smart recommendation (BrisaQT_smart.cpp) -------------------
+    void resetRandImage();
+    void on_randButtonEvent();
+    void onRight_rand_sliderValueChanged(int value);
+    void resetUpRandImage();
+    void resetDownRandImage();
+
+    // -- Editor: crop tool (BrisaQT_crop.cpp) -------------------------------
+    void startCropImage();
+    void cropComboBoxCurrentIndexChanged(int index);
+    void returnShapeImage();
+    void noShapeImage();
+    void yesShapeImage();
+    void screenMouseButtonDBClicke();
+    void sizeCropRect();
+    void cropRect();
+    void resetCropImage();
+    void clickedCropLineText();
+
+    // -- Editor: saving (BrisaQT_save.cpp) -----------------------------------
+    void clickedSaveBtn();
+    void start_timer_event(setting& st);
+    void timerTimeout();
+    bool save_settingFile(setting& st);
+    void saveTempFile(QString path);
+
+    // -- Editor: worker thread (BrisaQT_thread.cpp) --------------------------
+    void startThreadSlot();
+    void closeThreadSlot();
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
@@ -116,7 +205,8 @@ private:
     void buildTray();          // BrisaQT_tray.cpp
     void setupPageChannels();  // BrisaQT_bridge.cpp
     void buildTitleBar();      // BrisaQT_titlebar.cpp
-    void buildEditorPanel();   // BrisaQT_editor.cpp
+    void buildEditorPanel();   // BrisaQT_editor.cpp; ends with buildImageEditor
+    void buildImageEditor();   // BrisaQT_edit.cpp
     void connectPageControls();  // BrisaQT_bridge.cpp, once the title bar exists
 
     // -- Helpers -----------------------------------------------------------
@@ -175,6 +265,49 @@ private:
 
     // -- Image document --------------------------------------------------------
     ImageDocument m_document;
+
+    // -- Editor: building and helpers ----------------------------------------
+    void buildImageView();          // BrisaQT_edit.cpp
+    void buildSaveBar();            // BrisaQT_edit.cpp
+    void layoutEditorTools();       // BrisaQT_edit.cpp, part of layoutEditor
+    bool openPhotograph(const QString& path);  // BrisaQT_document.cpp
+    void refitImageView();
+    void leaveCompare();
+    void buildGradingPanel();       // BrisaQT_gradingpanel.cpp
+    void changeLayerGroup(PresetLayer layer);    // BrisaQT_grading.cpp
+    void layerSliderChanged(PresetLayer layer, int value);
+    void layerSpinChanged(PresetLayer layer, int value);
+    void resetLayer(PresetLayer layer);
+    bool showSmartStep(SmartDraw::Step step, const QString& endText);  // BrisaQT_smart.cpp
+    void buildCropTools();          // BrisaQT_crop.cpp
+    void showCroppedImage();
+    void regradeFull();             // BrisaQT_save.cpp
+    void stopWorkerThread();        // BrisaQT_thread.cpp
+
+    // -- Editor: widgets ---------------------------------------------------------
+    MyDrawLabel* m_drawLabel = nullptr;          // the image view
+    QFrame* m_toolStrip = nullptr;               // over the view's top left
+    QPushButton* m_cropBtn = nullptr;
+    QPushButton* m_cropResetBtn = nullptr;       // "撤销裁剪"
+    QPushButton* m_contrastBtn = nullptr;        // the eye
+    QFrame* m_cropStrip = nullptr;               // shown in crop mode
+    QComboBox* m_cropComboBox = nullptr;
+    QPushButton* m_returnShapeBtn = nullptr;
+    QPushButton* m_noShapeBtn = nullptr;
+    QPushButton* m_yesShapeBtn = nullptr;
+    GradingPanel* m_gradingPanel = nullptr;
+    QFrame* m_saveBar = nullptr;                 // bottom of the right panel
+    QPushButton* m_returnCloudBtn = nullptr;
+    QPushButton* m_saveBtn = nullptr;
+
+    // -- Editor: state -----------------------------------------------------------
+    SmartDraw m_smartDraw;                       // the pick and its history
+    LayerGradeMemo m_previewGrades;              // layers of the last preview grade
+    bool m_cropActive = false;
+    setting m_saveSetting;                       // the last record received
+    QTimer* m_saveTimer = nullptr;               // the save delay, one shot
+    QThread* m_workerThread = nullptr;
+    MyThread* m_worker = nullptr;
 
     // -- Tray and delayed close --------------------------------------------
     QSystemTrayIcon* m_trayIcon = nullptr;

@@ -36,6 +36,7 @@ void BrisaQT::buildEditorPanel()
     m_rightUpperStrip->setObjectName(QStringLiteral("rightUpperStrip"));
     m_rightLowerStrip = new QFrame(m_rightPanel);
     m_rightLowerStrip->setObjectName(QStringLiteral("rightLowerStrip"));
+    buildImageEditor();
 }
 
 void BrisaQT::layoutEditor()
@@ -53,11 +54,5 @@ void BrisaQT::layoutEditor()
     m_rightContentFrame->setGeometry(e.contentFrame);
     m_rightUpperStrip->setGeometry(e.upperStrip);
     m_rightLowerStrip->setGeometry(e.lowerStrip);
-}
-
-// Opens a photograph into the document: a gallery download hands it over
-// here once it is on disk.
-void BrisaQT::openAdjustment(QString szTemp)
-{
-    m_document.openAdjustment(szTemp);
+    layoutEditorTools();
 }

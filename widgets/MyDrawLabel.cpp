@@ -1,5 +1,6 @@
 #include "MyDrawLabel.h"
 
+#include "ArtworkMetrics.h"
 #include "GlobalConstants.h"
 #include "ShowMat.h"
 #include "WindowState.h"
@@ -11,13 +12,12 @@ namespace {
 const char kLayerPlain[] = "QLabel{background-color:transparent;border:none;}";
 const char kLayerCropTint[] = "QLabel{background-color:rgba(255,0,0,0.1);border:none;}";
 
-// The frame picture is stretched around the rectangle, its 20 px corners kept.
+// The frame picture is stretched around the rectangle, its 20 px corners kept
+// (drawn in a 20 px border, so the edges and corners show).
 QString cropFrameStyle(int ratioIndex)
 {
     const char* picture = ratioIndex == 0 ? "cropBj.png" : "cropBj_ratio.png";
-    return QStringLiteral("QLabel{border-image:url(:/BrisaQT/Resources/%1) 20 20 20 20 stretch;"
-                          "background-color:transparent;}")
-        .arg(QLatin1String(picture));
+    return cropFrameStyleSheet(QStringLiteral(":/BrisaQT/Resources/") + QLatin1String(picture));
 }
 
 } // namespace

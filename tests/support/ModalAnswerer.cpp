@@ -54,8 +54,13 @@ void ModalAnswerer::chooseFile(const QString& path)
         if (mode != QFileDialog::AnyFile && mode != QFileDialog::ExistingFile
             && mode != QFileDialog::ExistingFiles)
             dlg->setDirectory(path);
-        else
+        else {
+            // A visible dialog leaves the file name field alone while it has
+            // the focus; take the focus away so the selection reaches it.
+            if (QWidget* focus = dlg->focusWidget())
+                focus->clearFocus();
             dlg->selectFile(path);
+        }
         // QFileDialog::accept() is protected; the dialog's own slot is not.
         QMetaObject::invokeMethod(dlg, "accept");
     });

@@ -1,0 +1,46 @@
+// What the editor and save benchmarks share: a private temporary folder with
+// the preset library unpacked by the program's own routine, isolated
+// settings with a download folder, photographs of a given size, the main
+// window in its editor view, and medians of repeated timings.
+#pragma once
+
+#include "BrisaQT.h"
+
+#include <QString>
+#include <QTemporaryDir>
+
+#include <opencv2/core.hpp>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class EditorBench
+{
+public:
+    // Call before the application object exists: points the temporary
+    // folder at a private one and unpacks the presets there. Exits on failure.
+    EditorBench();
+
+    // Opens the editor view of a new main window (after the application
+    // object exists).
+    BrisaQT& window();
+    // Closes the window; call before the application object goes.
+    void closeWindow() { m_window.reset(); }
+    // A sample photograph upscaled to size with grain added, written as JPEG
+    // (quality 95) into a folder whose name selects the scene "风光" (4).
+    QString photograph(cv::Size size, const QString& name);
+    const QString& folder() const { return m_folderPath; }
+
+private:
+    QTemporaryDir m_folder;
+    QString m_folderPath;
+    std::unique_ptr<BrisaQT> m_window;
+};
+
+double median(std::vector<double> values);
+double medianMs(int runs, const std::function<void()>& work);
+// Clicks a preset button of the window by its object name.
+void checkPreset(BrisaQT& window, const char* name);
+// Describes the run's conditions on standard error (load, cores).
+void printConditions(const char* program);

@@ -1,0 +1,52 @@
+// editor_bench: the editor's interactive speed in the real main window, one
+// "<name> <value> <unit>" line per figure, each a median. Run on a display
+// (xvfb-run): the window holds web views.
+//
+// regrade_preview_3layers_ms  one strength-slider step with all three layers
+//                             checked on a 1200 x 900 preview, from the value
+//                             change to the new pixmap set on the view; the
+//                             steps go round the three sliders. The lines
+//                             _top, _mid and _down give each slider alone:
+//                             a step re-blends its layer and regrades the
+//                             layers above it (the top slider: two LUTs)
+// refresh_thumbnails_ms       the twenty preset thumbnails graded and set
+// open_24mp_jpeg_ms           opening a 6000 x 4000 JPEG up to the first
+//                             shown preview and its thumbnails
+#include "EditorBench.h"
+
+#include "MySlider.h"
+
+#include <QApplication>
+
+#include <cstdio>
+
+int main(int argc, char* argv[])
+{
+    EditorBench bench;
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QApplication app(argc, argv);
+    printConditions("editor_bench");
+    BrisaQT& window = bench.window();
+
+    const QString preview = bench.photograph(cv::Size(4000, 3000), QStringLiteral("preview.jpg"));
+    window.openAdjustment(preview);
+    for (const char* name : {"topPreset0", "midPreset1", "downPreset4"})
+        checkPreset(window, name);
+    MySlider* sliders[3];
+    const char* const names[3] = {"top", "mid", "down"};
+    for (int i = 0; i < 3; ++i)
+        sliders[i] = window.findChild<MySlider*>(QString::fromLatin1(names[i]) + QStringLiteral("Slider"));
+    int step = 0;
+    auto stepSlider = [&](MySlider* slider) { slider->setValue(slider->value() == 60 ? 61 : 60); };
+    const double round = medianMs(90, [&] { stepSlider(sliders[step++ % 3]); });
+    printf("regrade_preview_3layers_ms %.2f ms\n", round);
+    for (int i = 0; i < 3; ++i)
+        printf("regrade_preview_3layers_%s_ms %.2f ms\n", names[i], medianMs(40, [&] { stepSlider(sliders[i]); }));
+    printf("refresh_thumbnails_ms %.2f ms\n", medianMs(30, [&] { window.refreshPresetThumbnails(); }));
+
+    const QString big = bench.photograph(cv::Size(6000, 4000), QStringLiteral("big.jpg"));
+    printf("open_24mp_jpeg_ms %.1f ms\n", medianMs(5, [&] { window.openAdjustment(big); }));
+    fflush(stdout);
+    bench.closeWindow();
+    return 0;
+}

@@ -1,0 +1,66 @@
+#include "EditorSession.h"
+
+#include "GlobalConstants.h"
+#include "SettingsStore.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QTest>
+
+#include <cstdlib>
+
+bool installPresets()
+{
+    const QString target = QDir::tempPath() + QStringLiteral("/MELO");
+    if (QFileInfo::exists(target + QStringLiteral("/5/19.CUBE")))
+        return true;
+    const QString source = QStringLiteral(MELO_PRESET_DIR "/MELO");
+    QDirIterator it(source, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString file = it.next();
+        const QString copy = target + file.mid(source.size());
+        if (!QDir().mkpath(QFileInfo(copy).path()) || !QFile::copy(file, copy))
+            return false;
+    }
+    return QFileInfo::exists(target + QStringLiteral("/5/19.CUBE"));
+}
+
+QString placePhoto(const QString& sample, const QString& folder, const QString& name)
+{
+    const QString dir = QDir::tempPath() + QStringLiteral("/photos/") + folder;
+    const QString path = dir + QLatin1Char('/') + (name.isEmpty() ? sample : name);
+    QDir().mkpath(dir);
+    QFile::remove(path);
+    QFile::copy(QStringLiteral(MELO_SAMPLES_DIR "/") + sample, path);
+    return path;
+}
+
+unsigned seedForDraws(RandomPick* picks, int count)
+{
+    for (unsigned seed = 1;; ++seed) {
+        std::srand(seed);
+        SmartDraw draw;
+        bool usable = true;
+        for (int i = 0; i < count; ++i) {
+            picks[i] = draw.draw();
+            usable = usable && picks[i].scene >= 0 && picks[i].hasLayers() && (i == 0 || picks[i] != picks[i - 1]);
+        }
+        if (usable)
+            return seed;
+    }
+}
+
+EditorSession::EditorSession()
+{
+    m_saveFolderPath = m_saveFolder.path();
+    writeSettingValue(kProductKey, kDownLoadPath, m_saveFolderPath);
+    m_window = std::make_unique<BrisaQT>();
+    m_window->show();
+    if (!QTest::qWaitForWindowExposed(m_window.get()))
+        qWarning("editor session: the window was not exposed");
+    m_window->clickedRefreshBtn();
+}
+
+EditorSession::~EditorSession() = default;

@@ -1,0 +1,49 @@
+// A real main window in its editor view, for the editor's tests and the
+// screenshot program: the preset library copied into the temporary folder
+// the program reads it from, a download folder stored, photographs placed
+// under folder names that carry a scene word.
+#pragma once
+
+#include "BrisaQT.h"
+#include "SmartDraw.h"
+
+#include <QString>
+#include <QTemporaryDir>
+
+#include <memory>
+
+class QWidget;
+
+// Copies the generated library into QDir::tempPath() + "/MELO" once; false
+// when it could not.
+bool installPresets();
+
+// A copy of the sample photograph `sample` at <temp>/photos/<folder>/<name>
+// (`name` defaults to the sample's file name); the folder names the scene.
+QString placePhoto(const QString& sample, const QString& folder, const QString& name = QString());
+
+// A seed for std::srand after which the next smart draws each pick a scene
+// and a layer, all different: picks[] receives them.
+unsigned seedForDraws(RandomPick* picks, int count);
+
+class EditorSession
+{
+public:
+    EditorSession();
+    ~EditorSession();
+
+    BrisaQT& window() { return *m_window; }
+    const ImageDocument& doc() const { return m_window->document(); }
+    const QString& saveFolder() const { return m_saveFolderPath; }
+
+    template <typename T>
+    T* find(const char* name) const
+    {
+        return m_window->findChild<T*>(QLatin1String(name));
+    }
+
+private:
+    QTemporaryDir m_saveFolder;
+    QString m_saveFolderPath;
+    std::unique_ptr<BrisaQT> m_window;
+};

@@ -1,0 +1,286 @@
+// The editor in the real main window: opening photographs, grading with the
+// preset layers and the smart recommendation, the strength controls, the
+// scene switch, the compare, cropping and the worker thread's wiring. Every
+// expected picture is computed with the grading engine called directly.
+#include "EditorSession.h"
+#include "FitRule.h"
+#include "GlobalConstants.h"
+#include "GradingTestSupport.h"
+#include "GuiTestMain.h"
+#include "ModalAnswerer.h"
+#include "MyDrawLabel.h"
+#include "MyDrawLutButton.h"
+#include "MySlider.h"
+#include "MySpinBox.h"
+#include "SmartDraw.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <opencv2/imgcodecs.hpp>
+
+#include <cstdlib>
+
+namespace {
+
+const QString kLibrary = QStringLiteral(MELO_PRESET_DIR "/MELO");
+
+cv::Mat preset(const cv::Mat& image, int scene, int file)
+{
+    return applyLutFile(image, presetFilePath(kLibrary, scene, file).toLocal8Bit().constData());
+}
+
+bool samePicture(const QImage& a, const QImage& b)
+{
+    return a.convertToFormat(QImage::Format_RGB888) == b.convertToFormat(QImage::Format_RGB888);
+}
+
+} // namespace
+
+class TestEditor : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<EditorSession> m_session;
+
+    EditorSession& s() { return *m_session; }
+    MyDrawLabel* view() { return s().find<MyDrawLabel>("imageView"); }
+    QAbstractButton* button(const char* name) { return s().find<QAbstractButton>(name); }
+    // Whether the view shows the matrix (at its own size: the maximised view
+    // fits a preview without scaling).
+    bool shows(const cv::Mat& mat) { return samePicture(view()->pixmap(Qt::ReturnByValue).toImage(), matToQImage(mat)); }
+    void open(const QString& sample, const QString& folder)
+    {
+        s().window().openAdjustment(placePhoto(sample, folder));
+        QVERIFY(!s().doc().m_showMat.empty());
+    }
+
+private slots:
+    void initTestCase() { QVERIFY(installPresets()); }
+    void init() { m_session = std::make_unique<EditorSession>(); }
+    void cleanup() { m_session.reset(); }
+
+    // The add button's dialog opens a photograph and takes the scene from its
+    // folder; a cancelled dialog and unreadable files leave everything as it
+    // was; a missing preset file leaves its button blank.
+    void opening()
+    {
+        ModalAnswerer answerer;
+        answerer.chooseFile(QString());
+        answerer.answer(QMessageBox::Ok);
+        button("addImageBtn")->click();
+        QVERIFY(answerer.waitAllAnswered());
+        QCOMPARE(answerer.seen().value(0).title, QStringLiteral("打开文件"));
+        QCOMPARE(answerer.seen().value(1).title, QStringLiteral("警告"));
+        QCOMPARE(answerer.seen().value(1).text, QStringLiteral("打开图片失败!"));
+        QVERIFY(button("addImageBtn")->isVisible());
+
+        QFile::rename(presetFilePath(3, 5), presetFilePath(3, 5) + ".away");
+        const QString path = placePhoto(QStringLiteral("coffee.png"), QStringLiteral("黑白影调"));
+        answerer.chooseFile(path);
+        button("addImageBtn")->click();
+        QVERIFY(answerer.waitAllAnswered());
+        QFile::rename(presetFilePath(3, 5) + ".away", presetFilePath(3, 5));
+        QCOMPARE(answerer.seen().size(), 3);   // no warning this time
+        QCOMPARE(s().doc().m_filePath, path);
+        QCOMPARE(s().doc().m_sceneIndex, 3);
+        QCOMPARE(s().find<QComboBox>("sceneComboBox")->currentIndex(), 3);
+        QVERIFY(!button("addImageBtn")->isVisible());
+        QVERIFY(shows(s().doc().m_showMat));
+        auto* top0 = s().find<MyDrawLutButton>("topPreset0");
+        QCOMPARE(top0->caption(), QString::fromUtf8(kTopCaptions[3][0]));
+        QVERIFY(samePicture(top0->thumbnail().toImage(), matToQImage(preset(s().doc().m_thumbMat, 3, 0))));
+        QVERIFY(s().find<MyDrawLutButton>("midPreset1")->thumbnail().isNull());   // file 5 was away
+        QCOMPARE(s().find<MyDrawLutButton>("downPreset11")->caption(), QString::fromUtf8(kDownCaptions[3][11]));
+
+        const qint64 shown = view()->pixmap(Qt::ReturnByValue).cacheKey();
+        QFile::resize(placePhoto(QStringLiteral("coffee.png"), QStringLiteral("人像"), "empty.png"), 0);
+        for (const QString& bad : {placePhoto(QStringLiteral("truncated.jpg"), QStringLiteral("人像")),
+                                   QDir::tempPath() + "/photos/人像/empty.png"}) {
+            s().window().openAdjustment(bad);
+            QCOMPARE(s().doc().m_filePath, path);
+            QCOMPARE(s().doc().m_sceneIndex, 3);
+            QCOMPARE(view()->pixmap(Qt::ReturnByValue).cacheKey(), shown);
+        }
+        QCOMPARE(answerer.unexpectedCount(), 0);
+    }
+
+    // Top 2 and down 5 of scene 1 apply files 2 and 13 in that order, each
+    // blended over what lies below at its strength (plus one level).
+    void layersInOrder_data()
+    {
+        QTest::addColumn<int>("downStrength");
+        QTest::newRow("100") << 100;
+        QTest::newRow("0") << 0;
+        QTest::newRow("37") << 37;
+    }
+    void layersInOrder()
+    {
+        QFETCH(int, downStrength);
+        open(QStringLiteral("chelsea.png"), QStringLiteral("纪实人文"));
+        QCOMPARE(s().doc().m_sceneIndex, 1);
+        button("topPreset2")->click();
+        button("downPreset5")->click();
+        s().find<MySlider>("downSlider")->setValue(downStrength);
+        const cv::Mat show = s().doc().m_showMat;
+        const cv::Mat top = blendLayer(show, preset(show, 1, 2), 100);
+        const cv::Mat expected = blendLayer(top, preset(top, 1, 13), downStrength);
+        QVERIFY(sameImage(s().doc().m_dstMat, expected));
+        QVERIFY(shows(expected));
+    }
+
+    // The slider regrades and moves the spin box; the spin box only moves the
+    // slider. A reset disables the layer's controls, a preset click enables
+    // them and leaves the compare.
+    void strengthControls()
+    {
+        open(QStringLiteral("coffee.png"), QStringLiteral("自然景观"));
+        auto* slider = s().find<MySlider>("midSlider");
+        auto* spin = s().find<MySpinBox>("midSpinBox");
+        QVERIFY(!slider->isEnabled() && !spin->isEnabled());
+        button("contrastBtn")->click();
+        QVERIFY(view()->isOriginalShown());
+        button("midPreset1")->click();
+        QVERIFY(slider->isEnabled() && spin->isEnabled());
+        QVERIFY(!view()->isOriginalShown());
+        QCOMPARE(button("contrastBtn")->toolTip(), QStringLiteral("查看原图"));
+
+        slider->setValue(60);
+        QCOMPARE(spin->value(), 60);
+        const cv::Mat at60 = s().doc().m_dstMat;
+        QVERIFY(!sameImage(at60, s().doc().m_showMat));
+        spin->setValue(20);
+        QCOMPARE(slider->value(), 20);
+        QVERIFY(sameImage(s().doc().m_dstMat, at60));   // no regrade yet
+        button("midPreset1")->click();
+        const cv::Mat show = s().doc().m_showMat;
+        QVERIFY(sameImage(s().doc().m_dstMat, blendLayer(show, preset(show, 0, 5), 20)));
+
+        button("midResetBtn")->click();
+        QCOMPARE(slider->value(), 100);
+        QVERIFY(!slider->isEnabled() && !spin->isEnabled());
+        QVERIFY(sameImage(s().doc().m_dstMat, show));
+    }
+
+    // Switching the scene asks; No keeps the scene and the picture, Yes
+    // resets the layers.
+    void sceneSwitch()
+    {
+        open(QStringLiteral("coffee.png"), QStringLiteral("自然景观"));
+        button("topPreset0")->click();
+        const cv::Mat graded = s().doc().m_dstMat;
+        auto* box = s().find<QComboBox>("sceneComboBox");
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::No);
+        answerer.answer(QMessageBox::Yes);
+        box->setCurrentIndex(4);
+        QCOMPARE(box->currentIndex(), 0);
+        QCOMPARE(s().doc().m_sceneIndex, 0);
+        QVERIFY(sameImage(s().doc().m_dstMat, graded));
+        box->setCurrentIndex(4);
+        QCOMPARE(s().doc().m_sceneIndex, 4);
+        QVERIFY(!button("topPreset0")->isChecked());
+        QVERIFY(sameImage(s().doc().m_dstMat, s().doc().m_showMat));
+        QCOMPARE(s().find<MyDrawLutButton>("topPreset0")->caption(), QString::fromUtf8(kTopCaptions[4][0]));
+        QCOMPARE(answerer.seen().size(), 2);
+        QCOMPARE(answerer.seen().at(0).text, QStringLiteral("切换类别后，当前效果将重置！"));
+    }
+
+    // The smart button draws with the C library's generator and grades at 50;
+    // the history steps back to an earlier pick, and before the first one
+    // returns to the unedited picture.
+    void smartRecommendation()
+    {
+        open(QStringLiteral("chelsea.png"), QStringLiteral("自然景观"));
+        button("topPreset1")->click();   // a checked preset is reset first
+        RandomPick picks[2];
+        const unsigned seed = seedForDraws(picks, 2);
+        const cv::Mat show = s().doc().m_showMat;
+        auto graded = [&show](const RandomPick& p, int strength) {
+            return gradeLayers(show, p.scene, p.selection(strength), kLibrary).image;
+        };
+        auto* randSlider = s().find<MySlider>("randSlider");
+        std::srand(seed);
+        button("randBtn")->click();
+        QVERIFY(!button("topPreset1")->isChecked());
+        QCOMPARE(randSlider->value(), 50);
+        QVERIFY(sameImage(s().doc().m_dstMat, graded(picks[0], 50)));
+        randSlider->setValue(80);
+        QVERIFY(sameImage(s().doc().m_dstMat, graded(picks[0], 80)));
+        button("randBtn")->click();
+        QVERIFY(sameImage(s().doc().m_dstMat, graded(picks[1], 50)));
+
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Ok);
+        answerer.answer(QMessageBox::Ok);
+        button("randNextBtn")->click();
+        QCOMPARE(answerer.seen().value(0).text, QStringLiteral("没有更多的智能推荐历史了，可以尝试点击智能推荐！"));
+        button("randPreviousBtn")->click();
+        QVERIFY(sameImage(s().doc().m_dstMat, graded(picks[0], 50)));
+        button("randPreviousBtn")->click();
+        QCOMPARE(answerer.seen().value(1).text, QStringLiteral("没有更多的智能推荐历史了，点击确定会变成原图"));
+        QVERIFY(sameImage(s().doc().m_dstMat, show));
+    }
+
+    // Two crops in a row cut the preview in turn and are recorded in order;
+    // rectangles outside the picture are refused with a notice; undoing
+    // returns to the whole picture, regraded.
+    void cropping()
+    {
+        open(QStringLiteral("coffee.png"), QStringLiteral("自然景观"));   // 1200 x 800 preview
+        button("downPreset0")->click();
+        const QRect imageInView = view()->imageRect();   // maximised: preview centred in 1545 x 990
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Ok);
+        answerer.answer(QMessageBox::Ok);
+        for (const QRect& refused : {QRect(1500, 100, 40, 40), QRect(400, 300, 0, 50)}) {
+            button("cropBtn")->click();
+            view()->setCropRect(refused);
+            button("yesShapeBtn")->click();
+        }
+        QCOMPARE(answerer.seen().size(), 2);
+        QCOMPARE(answerer.seen().at(1).text, QString::fromUtf8(crop::kRefusedText));
+        QVERIFY(s().doc().m_cropRects.isEmpty());
+
+        button("cropBtn")->click();
+        view()->setCropRect(imageInView.adjusted(100, 50, -300, -150));
+        button("yesShapeBtn")->click();
+        QCOMPARE(s().doc().m_showMat.cols, 800);
+        button("cropBtn")->click();
+        const QRect second = view()->imageRect().adjusted(10, 20, -200, -100);
+        view()->setCropRect(second);
+        QTest::mouseDClick(view(), Qt::LeftButton, Qt::NoModifier, second.center());
+        const QVector<QRect> expected{QRect(100, 50, 800, 600), QRect(10, 20, 590, 480)};
+        QCOMPARE(s().doc().m_cropRects, expected);
+        QVERIFY(button("cropResetBtn")->isEnabled());
+        QVERIFY(sameImage(s().doc().m_dstMat, blendLayer(s().doc().m_showMat, preset(s().doc().m_showMat, 0, 8), 100)));
+
+        button("cropResetBtn")->click();
+        QVERIFY(!button("cropResetBtn")->isEnabled());
+        QVERIFY(s().doc().m_cropRects.isEmpty());
+        QCOMPARE(s().doc().m_showMat.cols, 1200);
+        QVERIFY(sameImage(s().doc().m_dstMat, blendLayer(s().doc().m_showMat, preset(s().doc().m_showMat, 0, 8), 100)));
+        QCOMPARE(answerer.unexpectedCount(), 0);
+    }
+
+    // Started, the worker blends what the window sends and the result is
+    // shown; the window stops and joins it when it goes.
+    void workerThread()
+    {
+        open(QStringLiteral("coffee.png"), QStringLiteral("自然景观"));
+        const cv::Mat show = s().doc().m_showMat;
+        const cv::Mat graded = preset(show, 0, 1);
+        QByteArray file = (QDir::tempPath() + "/graded-layer.png").toLocal8Bit();
+        QVERIFY(cv::imwrite(file.constData(), graded));
+        s().window().startThreadSlot();
+        emit s().window().sendThreadSlot(show, file.data(), 30, 0);
+        QTRY_VERIFY(sameImage(s().doc().m_dstMat, blendLayer(show, graded, 30)));
+        QVERIFY(shows(s().doc().m_dstMat));
+    }
+};
+
+MELO_WEBENGINE_TEST_MAIN(TestEditor)
+#include "tst_editor.moc"
