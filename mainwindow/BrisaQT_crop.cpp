@@ -10,6 +10,7 @@
 #include "MyDrawLabel.h"
 #include "WindowState.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QFrame>
 #include <QMessageBox>
@@ -128,6 +129,11 @@ void BrisaQT::noShapeImage()
 {
     m_cropActive = false;
     m_drawLabel->setCropMode(false);
+    // Hiding the ratio box while it holds the keyboard focus would pass the
+    // focus on to the scene box, where the next arrow key switches the scene.
+    QWidget* focus = QApplication::focusWidget();
+    if (focus && m_cropStrip->isAncestorOf(focus))
+        focus->clearFocus();
     m_cropStrip->hide();
 }
 

@@ -30,9 +30,18 @@ void MyDrawLutButton::setCaption(const QString& caption)
 void MyDrawLutButton::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    if (!m_thumbnail.isNull())
+    const QRect captionArea(0, 0, width(), height() - 5);
+    const int captionFlags = Qt::AlignHCenter | Qt::AlignBottom;
+    if (!m_thumbnail.isNull()) {
         painter.drawPixmap(m_thumbnail.rect(), m_thumbnail);
-    painter.drawText(QRect(0, 0, width(), height() - 5), Qt::AlignHCenter | Qt::AlignBottom, m_caption);
+        // Square and upright photographs fill the button down to the
+        // caption: a dark band under it keeps it readable on any picture.
+        const QRect text = painter.boundingRect(captionArea, captionFlags, m_caption);
+        if (!m_caption.isEmpty() && text.center().y() < m_thumbnail.height())
+            painter.fillRect(QRect(0, text.top() - 2, width(), height() - text.top() + 2) & m_thumbnail.rect(),
+                             QColor(0, 0, 0, 150));
+    }
+    painter.drawText(captionArea, captionFlags, m_caption);
     m_checkMark->setVisible(isChecked());
 }
 
