@@ -33,6 +33,8 @@ void BrisaQT::start_timer_event(setting& st)
         m_saveTimer = new QTimer(this);
         m_saveTimer->setObjectName(QStringLiteral("saveTimer"));
         m_saveTimer->setSingleShot(true);
+        // A coarse timer may fire up to 5% early; the delay is a minimum.
+        m_saveTimer->setTimerType(Qt::PreciseTimer);
         connect(m_saveTimer, &QTimer::timeout, this, &BrisaQT::timerTimeout);
     }
     m_saveTimer->start(kSaveDelayMs);

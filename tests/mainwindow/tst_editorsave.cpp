@@ -157,7 +157,7 @@ private slots:
         clock.start();
         s().window().start_timer_event(st);
         QVERIFY(answerer.waitAllAnswered(10000));
-        QVERIFY(noticeAfter >= 500);
+        QVERIFY2(noticeAfter >= 500, qPrintable(QString::number(noticeAfter)));
         QVERIFY(!s().find<QTimer>("saveTimer")->isActive());
         QCOMPARE(answerer.seen().size(), 1);
 
