@@ -6,7 +6,6 @@
 #include <opencv2/imgcodecs.hpp>
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -134,7 +133,7 @@ private slots:
         QDir().mkpath(root + "/0");
         QVERIFY(QFile::copy(presetFilePath(kLibrary, 0, 9), presetFilePath(root, 0, 9)));
         if (!topFile.isEmpty())
-            writeFile(presetFilePath(root, 0, 1), topFile);
+            QVERIFY(writeFileBytes(presetFilePath(root, 0, 1), topFile));
 
         const cv::Mat base = photo();
         LayerSelection selection;

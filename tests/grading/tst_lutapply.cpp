@@ -7,7 +7,6 @@
 
 #include <opencv2/imgproc.hpp>
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -49,7 +48,8 @@ class TestLutApply : public QObject
     QByteArray table(const QString& name, const QByteArray& text)
     {
         const QString path = m_dir.path() + "/" + name;
-        writeFile(path, text);
+        if (!writeFileBytes(path, text))
+            qFatal("cannot write %s", qPrintable(path));
         return path.toLocal8Bit();
     }
 
@@ -166,7 +166,7 @@ private slots:
         QTemporaryDir dir;
         const QByteArray path = (dir.path() + "/" + (name.isEmpty() ? "absent.cube" : name)).toLocal8Bit();
         if (!name.isEmpty())
-            writeFile(path, content);
+            QVERIFY(writeFileBytes(path, content));
         cv::Mat image(3, 5, CV_8UC3, cv::Scalar(10, 20, 30));
         const cv::Mat before = image.clone();
         for (auto apply : {applyLutFile, applyLutFileReference}) {
@@ -224,7 +224,7 @@ private slots:
         QByteArray changed = cubeText(2, [](float r, float g, float b) { return LutRgb{g, b, r}; });
         QCOMPARE(changed.size(), cubeText(2, identity).size());
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        writeFile(path, changed);
+        QVERIFY(writeFileBytes(path, changed));
         const auto second = loadLutCached(path.toStdString());
         QVERIFY(second && second.get() != first.get());
         QCOMPARE(second->grid[4 * 1], 0.0f);  // entry (0, 0, 1): green = blue input = 1

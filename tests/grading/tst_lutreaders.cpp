@@ -10,11 +10,12 @@
 #include <clocale>
 #include <cstdlib>
 #include <locale.h>
+#include <memory>
 #include <random>
 
 struct Probe {
-    int r = 0, g = 0, b = 0;
-    float value[3] = {0, 0, 0};
+    int r, g, b;
+    float value[3];
 };
 Q_DECLARE_METATYPE(QVector<Probe>)
 
@@ -29,18 +30,10 @@ QByteArray numbered(int count)
     return text;
 }
 
-Probe probe(int r, int g, int b, float x, float y, float z)
-{
-    Probe p;
-    p.r = r, p.g = g, p.b = b;
-    p.value[0] = x, p.value[1] = y, p.value[2] = z;
-    return p;
-}
-
-// Probes of a numbered table: the entry at (r, g, b) came from line i.
+// Probe of a numbered table: the entry at (r, g, b) came from line i.
 Probe line(int r, int g, int b, int i, float scale = 1.0f)
 {
-    return probe(r, g, b, float(i) * scale, 0.5f * scale, -0.25f * scale);
+    return {r, g, b, {float(i) * scale, 0.5f * scale, -0.25f * scale}};
 }
 
 Lut3D* readAs(const QString& extension, const QByteArray& path)
@@ -127,18 +120,17 @@ private slots:
             << "cube" << size2 + "#" + QByteArray(600, 'x') + "\n" + numbered(8) << 0 << QByteArray() << none;
         QTest::newRow("cube exponents and hex floats")
             << "cube" << size2 + QByteArray("5e-1 2.5E-1 0x1p-2\n").repeated(8) << 2 << QByteArray()
-            << QVector<Probe>{probe(1, 1, 1, 0.5f, 0.25f, 0.25f)};
+            << QVector<Probe>{{1, 1, 1, {0.5f, 0.25f, 0.25f}}};
 
         // ".3dl": 17 points, blue fastest, integers over 4096.
         QByteArray data3dl = "# levels\n\n0 64 128 192 256 320 384 448 512 576 640 704 768 832 896 960 1023\n";
         for (int i = 0; i < 17 * 17 * 17; ++i)
             data3dl += QByteArray::number(i) + " 4095 8192\n";
-        const float q = 1.0f / 4096.0f;
+        const float q = 1.0f / 4096.0f, g3dl = 4095 * q;
         QTest::newRow("3dl values and order")
             << "3dl" << data3dl << 17 << QByteArray()
-            << QVector<Probe>{probe(0, 0, 0, 0.0f, 0.999755859375f, 2.0f), probe(0, 0, 1, q, 0.999755859375f, 2.0f),
-                              probe(0, 1, 0, 17 * q, 0.999755859375f, 2.0f),
-                              probe(1, 0, 0, 289 * q, 0.999755859375f, 2.0f)};
+            << QVector<Probe>{{0, 0, 0, {0, g3dl, 2}}, {0, 0, 1, {q, g3dl, 2}}, {0, 1, 0, {17 * q, g3dl, 2}},
+                              {1, 0, 0, {289 * q, g3dl, 2}}};
         QTest::newRow("3dl truncated") << "3dl" << data3dl.left(data3dl.lastIndexOf('\n', 600) + 1) << 0 << kEof << none;
         QTest::newRow("3dl empty") << "3dl" << QByteArray("\n# nothing\n") << 0 << kEof << none;
 
@@ -156,15 +148,14 @@ private slots:
             m3d17 += QByteArray::number(i) + " 0 4095\n";
         const float s4095 = 1.0f / 4095.0f;
         QTest::newRow("m3d in 4913") << "m3d" << m3d17 << 17 << QByteArray()
-                                     << QVector<Probe>{probe(0, 0, 1, s4095 * 1, 0, s4095 * 4095),
-                                                       probe(1, 0, 0, s4095 * 289, 0, s4095 * 4095)};
+                                     << QVector<Probe>{{0, 0, 1, {s4095, 0, 1}}, {1, 0, 0, {s4095 * 289, 0, 1}}};
         const QByteArray head18 = "in 4914\nout 2\nvalues r g b\n";
         QTest::newRow("m3d in 4914 short") << "m3d" << head18 + numbered(4914) << 0 << kEof << none;
         QTest::newRow("m3d in 4914") << "m3d" << head18 + numbered(18 * 18 * 18) << 18 << QByteArray()
                                      << QVector<Probe>{line(17, 17, 17, 5831)};
         QTest::newRow("m3d values b g r")
             << "m3d" << "# order\nin 8\nout 2\nvalues b g r\n" + numbered(8) << 2 << QByteArray()
-            << QVector<Probe>{probe(0, 0, 1, -0.25f, 0.5f, 1.0f)};
+            << QVector<Probe>{{0, 0, 1, {-0.25f, 0.5f, 1.0f}}};
         QTest::newRow("m3d no header") << "m3d" << numbered(8) << 0 << kInOut << none;
         QTest::newRow("m3d in too small") << "m3d" << "in 1\nout 2\n" + numbered(8) << 0
                                           << QByteArray("invalid in (1) or out (2)\n") << none;
@@ -182,39 +173,24 @@ private slots:
 
         QTemporaryDir dir;
         const QByteArray path = (dir.path() + "/table." + extension).toLocal8Bit();
-        writeFile(path, content);
-        Lut3D* lut = nullptr;
-        QCOMPARE(captureStdout([&] { lut = readAs(extension, path); }), printed);
-        if (size == 0) {
-            QVERIFY(!lut);
-            return;
-        }
-        QVERIFY(lut);
-        const int lutSize = lut->lutSize;
-        Probe found[16];
-        for (int i = 0; i < probes.size(); ++i) {
-            found[i] = probes[i];
-            std::copy(lut->lut[probes[i].r][probes[i].g][probes[i].b],
-                      lut->lut[probes[i].r][probes[i].g][probes[i].b] + 3, found[i].value);
-        }
-        free(lut);
-        QCOMPARE(lutSize, size);
-        for (int i = 0; i < probes.size(); ++i)
+        QVERIFY(writeFileBytes(path, content));
+        Lut3D* read = nullptr;
+        QCOMPARE(captureStdout([&] { read = readAs(extension, path); }), printed);
+        const std::unique_ptr<Lut3D, void (*)(void*)> lut(read, free);
+        QCOMPARE(lut ? lut->lutSize : 0, size);
+        for (const Probe& p : probes)
             for (int c = 0; c < 3; ++c)
-                QVERIFY2(found[i].value[c] == probes[i].value[c],
-                         qPrintable(QString("entry %1 %2 %3 channel %4: %5, expected %6")
-                                        .arg(probes[i].r).arg(probes[i].g).arg(probes[i].b).arg(c)
-                                        .arg(double(found[i].value[c]), 0, 'g', 9)
-                                        .arg(double(probes[i].value[c]), 0, 'g', 9)));
+                QVERIFY2(lut->lut[p.r][p.g][p.b][c] == p.value[c],
+                         qPrintable(QString("entry %1 %2 %3 channel %4: %5").arg(p.r).arg(p.g).arg(p.b).arg(c)
+                                        .arg(double(lut->lut[p.r][p.g][p.b][c]), 0, 'g', 9)));
     }
 
     void missingFileIsSilent()
     {
-        for (const char* path : {"/nonexistent/a.cube", "/nonexistent/a.3dl", "/nonexistent/a.dat",
-                                 "/nonexistent/a.m3d"}) {
-            const QString name(path);
+        for (const QString extension : {"cube", "3dl", "dat", "m3d"}) {
             Lut3D* lut = reinterpret_cast<Lut3D*>(1);
-            QCOMPARE(captureStdout([&] { lut = readAs(name.section('.', -1), path); }), QByteArray());
+            const QByteArray path = "/nonexistent/a." + extension.toLatin1();
+            QCOMPARE(captureStdout([&] { lut = readAs(extension, path); }), QByteArray());
             QVERIFY(!lut);
         }
     }
