@@ -1,10 +1,9 @@
 // The installer role: `cmake --install` lays out the install folder, records
 // the installation under the product key and installs the menu entry.
+#include "FileBytes.h"
 #include "GlobalConstants.h"
 #include "SettingsStore.h"
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -25,16 +24,7 @@ class TestInstall : public QObject
         install.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         install.start(QStringLiteral(CMAKE_COMMAND),
                       {QStringLiteral("--install"), QStringLiteral(MELO_BINARY_DIR), QStringLiteral("--prefix"), prefix});
-        const bool ok = install.waitForFinished(120000) && install.exitCode() == 0;
-        if (!ok)
-            qWarning().noquote() << install.readAllStandardOutput();
-        return ok;
-    }
-
-    static QString readAll(const QString& path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+        return install.waitForFinished(120000) && install.exitCode() == 0;
     }
 
 private slots:
@@ -57,7 +47,7 @@ private slots:
         QCOMPARE(readSettingValue(kProductKey, kChannel), QStringLiteral(MELO_CHANNEL));
 
         const QString entry = prefix + QStringLiteral("/share/applications/melo.desktop");
-        const QStringList lines = readAll(entry).split(QLatin1Char('\n'));
+        const QStringList lines = QString::fromUtf8(fileBytes(entry)).split(QLatin1Char('\n'));
         QVERIFY(lines.contains(QStringLiteral("Exec=") + folder + QStringLiteral("/MELO")));
         QProcess validate;
         validate.start(QStringLiteral("desktop-file-validate"), {entry});

@@ -3,6 +3,7 @@
 // deletion of the per-user folder, the clean-up after a normal exit and the
 // hand-over to the updater.
 #include "GlobalConstants.h"
+#include "FileBytes.h"
 #include "SettingsStore.h"
 #include "TestService.h"
 
@@ -37,24 +38,19 @@ QStringList visibleWindowsOf(qint64 pid)
     return xdotool({"search", "--onlyvisible", "--pid", QString::number(pid)}).split('\n', Qt::SkipEmptyParts);
 }
 
-// Waits until the process maps a window; false when it exits first.
-bool waitForWindow(QProcess* process)
+// Waits until the process maps a window: empty then, else why not.
+QString waitForWindow(QProcess* process)
 {
     QElapsedTimer clock;
     clock.start();
     while (clock.elapsed() < kWindowTimeoutMs && process->state() != QProcess::NotRunning) {
         if (!visibleWindowsOf(process->processId()).isEmpty())
-            return true;
+            return QString();
         process->waitForFinished(100);
     }
-    return false;
+    return process->state() == QProcess::NotRunning ? QStringLiteral("exited with %1").arg(process->exitCode())
+                                                    : QStringLiteral("no window in time");
 }
-#define QVERIFY_SHOWS_WINDOW(process)                                                                  \
-    QVERIFY2(waitForWindow(process), process->state() == QProcess::NotRunning                       \
-                                         ? qPrintable(QStringLiteral("exited with %1, status %2")      \
-                                                          .arg(process->exitCode())                    \
-                                                          .arg(int(process->exitStatus())))            \
-                                         : "no window within the time limit")
 
 // Asks a window to close the way a window manager does (WM_DELETE_WINDOW):
 // aimed at that window alone, unlike key presses, which go wherever the
@@ -82,14 +78,6 @@ bool requestClose(const QString& window)
     return sent;
 }
 
-bool writeFile(const QString& path, const QByteArray& data, bool executable = false)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size()
-           && (!executable || file.setPermissions(file.permissions() | QFileDevice::ExeOwner));
-}
-
 QString presetFolder() { return QDir::tempPath() + QStringLiteral("/MELO"); }
 QString perUserMarker()
 {
@@ -100,7 +88,7 @@ QString perUserMarker()
 bool makePresetArchive(const QString& archive, const QString& password)
 {
     QTemporaryDir stage;
-    if (!writeFile(stage.path() + QStringLiteral("/MELO/0/0.CUBE"),
+    if (!writeFileBytes(stage.path() + QStringLiteral("/MELO/0/0.CUBE"),
                    "LUT_3D_SIZE 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n1 1 1\n"))
         return false;
     QProcess zip;
@@ -116,6 +104,7 @@ class TestStartup : public QObject
     Q_OBJECT
 
     std::vector<std::unique_ptr<QProcess>> m_processes;
+    static QString logPath(size_t i) { return QDir::tempPath() + QStringLiteral("/melo-%1.log").arg(i); }
 
     // Nothing listens at the default service address: the version check
     // finds no service and lets the program start.
@@ -128,7 +117,7 @@ class TestStartup : public QObject
         env.insert(QStringLiteral("MELO_SERVICE_HTTP"), QStringLiteral("http://127.0.0.1:9"));
         process->setProcessEnvironment(env);
         process->setProcessChannelMode(QProcess::MergedChannels);
-        process->setStandardOutputFile(QDir::tempPath() + QStringLiteral("/melo-%1.log").arg(m_processes.size()));
+        process->setStandardOutputFile(logPath(m_processes.size()));
         process->start(program, QStringList());
         m_processes.push_back(std::move(process));
         return m_processes.back().get();
@@ -152,11 +141,8 @@ private slots:
             process->waitForFinished(10000);
         }
         if (QTest::currentTestFailed()) {
-            for (size_t i = 0; i < m_processes.size(); ++i) {
-                QFile log(QDir::tempPath() + QStringLiteral("/melo-%1.log").arg(i));
-                if (log.open(QIODevice::ReadOnly))
-                    qWarning().noquote() << "program" << i << "said:" << log.readAll();
-            }
+            for (size_t i = 0; i < m_processes.size(); ++i)
+                qWarning().noquote() << "program" << i << "said:" << fileBytes(logPath(i));
         }
         m_processes.clear();
         removeSettingValue(kProductKey, kInstallLocation);
@@ -169,7 +155,7 @@ private slots:
     void singleInstance()
     {
         QProcess* first = startMelo();
-        QVERIFY_SHOWS_WINDOW(first);
+        QCOMPARE(waitForWindow(first), QString());
         QProcess* second = startMelo();
         QVERIFY(second->waitForStarted());
         const qint64 secondPid = second->processId();
@@ -187,10 +173,10 @@ private slots:
         first->kill();
         QVERIFY(first->waitForFinished(10000));
         QProcess* afterKill = startMelo();
-        QVERIFY_SHOWS_WINDOW(afterKill);
+        QCOMPARE(waitForWindow(afterKill), QString());
         QVERIFY(quitsNormally(afterKill));
         QProcess* afterQuit = startMelo();
-        QVERIFY_SHOWS_WINDOW(afterQuit);
+        QCOMPARE(waitForWindow(afterQuit), QString());
         QVERIFY(quitsNormally(afterQuit));
     }
 
@@ -210,16 +196,16 @@ private slots:
         if (!password.isEmpty())
             QVERIFY(makePresetArchive(install.path() + QStringLiteral("/qsh.dll"), password));
         writeSettingValue(kProductKey, kInstallLocation, install.path());
-        QVERIFY(writeFile(perUserMarker(), "kept unless an archive was found"));
+        QVERIFY(writeFileBytes(perUserMarker(), "kept unless an archive was found"));
 
         QProcess* melo = startMelo();
-        QVERIFY_SHOWS_WINDOW(melo);
+        QCOMPARE(waitForWindow(melo), QString());
         // Unpacking is over before the window exists.
         QTEST(QFile::exists(presetFolder() + QStringLiteral("/0/0.CUBE")), "presetsUnpacked");
         QTEST(!QFile::exists(perUserMarker()), "perUserDeleted");
 
         // Whatever is in the preset folder, it goes with a normal exit.
-        QVERIFY(writeFile(presetFolder() + QStringLiteral("/added by the user.txt"), "x"));
+        QVERIFY(writeFileBytes(presetFolder() + QStringLiteral("/added by the user.txt"), "x"));
         QVERIFY(quitsNormally(melo));
         QVERIFY(!QFileInfo::exists(presetFolder()));
     }
@@ -252,12 +238,12 @@ private slots:
             QVERIFY(QFile::copy(QStringLiteral(MELO_EXE), program));
         }
         if (updaterPresent) {
-            QVERIFY(writeFile(folder.path() + QStringLiteral("/update.exe"),
+            QVERIFY(writeFileBytes(folder.path() + QStringLiteral("/update.exe"),
                               "#!/bin/sh\necho $# > \"$(dirname \"$0\")/updater-ran\"\n", true));
         }
 
         QProcess* melo = startMelo(program, service.httpsBase());
-        QVERIFY_SHOWS_WINDOW(melo);
+        QCOMPARE(waitForWindow(melo), QString());
         const QStringList windows = visibleWindowsOf(melo->processId());
         QCOMPARE(windows.size(), 1);
         QCOMPARE(xdotool({"getwindowname", windows.first()}), QStringLiteral("更新"));
@@ -273,12 +259,8 @@ private slots:
         QCOMPARE(melo->exitCode(), 0);
 
         // The detached updater notes its argument count when it has run.
-        const auto updaterNote = [&folder]() {
-            QFile note(folder.path() + QStringLiteral("/updater-ran"));
-            return note.open(QIODevice::ReadOnly) ? note.readAll().trimmed() : QByteArray("not run");
-        };
         if (updaterPresent)
-            QTRY_COMPARE(updaterNote(), QByteArray("0"));
+            QTRY_COMPARE(fileBytes(folder.path() + QStringLiteral("/updater-ran")), QByteArray("0\n"));
     }
 };
 
