@@ -138,15 +138,6 @@ private slots:
         QVERIFY(readSettingValue(kAutostartKey, kProductName).isEmpty());
     }
 
-    void unknownPageLaysOutNothing()
-    {
-        open(9, 0);
-        QVERIFY(!child("folderEdit") && !child("exitRadio")->isVisible() && !child("autostartBox")->isVisible());
-        pressOk();
-        QVERIFY(accepted());
-        QVERIFY(readSettingValue(kProductKey, kDirectClose).isEmpty());
-    }
-
     void autostartEntry()
     {
         QTemporaryDir folder;
