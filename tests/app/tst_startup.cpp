@@ -1,13 +1,11 @@
 // Start-up and exit of the real program, run as separate processes on the
-// test's display: the single-instance guard, the preset unpack with the
-// deletion of the per-user folder, the clean-up after a normal exit and the
-// hand-over to the updater.
-#include "GlobalConstants.h"
+// test's display: single instance, preset unpack with the deletion of the
+// per-user folder, clean-up after a normal exit, hand-over to the updater.
 #include "FileBytes.h"
+#include "GlobalConstants.h"
 #include "SettingsStore.h"
 #include "TestService.h"
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QStandardPaths>
@@ -52,6 +50,19 @@ QString waitForWindow(QProcess* process)
                                                     : QStringLiteral("no window in time");
 }
 
+// Waits for the process to end; true when it ended without showing a window.
+bool endsWithoutWindow(QProcess* process)
+{
+    bool window = false;
+    QElapsedTimer clock;
+    clock.start();
+    while (process->state() != QProcess::NotRunning && clock.elapsed() < kWindowTimeoutMs) {
+        window = window || !visibleWindowsOf(process->processId()).isEmpty();
+        process->waitForFinished(20);
+    }
+    return !window && process->state() == QProcess::NotRunning;
+}
+
 // Asks a window to close the way a window manager does (WM_DELETE_WINDOW):
 // aimed at that window alone, unlike key presses, which go wherever the
 // keyboard focus is on the display all tests share.
@@ -78,18 +89,26 @@ bool requestClose(const QString& window)
     return sent;
 }
 
+// Asks for a normal exit the way a session does; expects exit code 0.
+bool quitsNormally(QProcess* process)
+{
+    process->terminate();
+    return process->waitForFinished(30000) && process->exitStatus() == QProcess::NormalExit
+           && process->exitCode() == 0;
+}
+
 QString presetFolder() { return QDir::tempPath() + QStringLiteral("/MELO"); }
 QString perUserMarker()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/MELO/marker");
 }
+QString logPath(size_t i) { return QDir::tempPath() + QStringLiteral("/melo-%1.log").arg(i); }
 
 // A 7-Zip archive, names encrypted too, whose top folder is "MELO".
 bool makePresetArchive(const QString& archive, const QString& password)
 {
     QTemporaryDir stage;
-    if (!writeFileBytes(stage.path() + QStringLiteral("/MELO/0/0.CUBE"),
-                   "LUT_3D_SIZE 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n1 1 1\n"))
+    if (!writeFileBytes(stage.path() + "/MELO/0/0.CUBE", "LUT_3D_SIZE 2\n" + QByteArray("0 0 0\n").repeated(8)))
         return false;
     QProcess zip;
     zip.setWorkingDirectory(stage.path());
@@ -104,7 +123,6 @@ class TestStartup : public QObject
     Q_OBJECT
 
     std::vector<std::unique_ptr<QProcess>> m_processes;
-    static QString logPath(size_t i) { return QDir::tempPath() + QStringLiteral("/melo-%1.log").arg(i); }
 
     // Nothing listens at the default service address: the version check
     // finds no service and lets the program start.
@@ -123,25 +141,15 @@ class TestStartup : public QObject
         return m_processes.back().get();
     }
 
-    // Asks for a normal exit the way a session does; expects exit code 0.
-    static bool quitsNormally(QProcess* process)
-    {
-        process->terminate();
-        return process->waitForFinished(30000) && process->exitStatus() == QProcess::NormalExit
-               && process->exitCode() == 0;
-    }
-
 private slots:
     void initTestCase() { QVERIFY2(!qgetenv("DISPLAY").isEmpty(), "runs on an X display (xvfb-run)"); }
 
     void cleanup()
     {
-        for (auto& process : m_processes) {
-            process->kill();
-            process->waitForFinished(10000);
-        }
-        if (QTest::currentTestFailed()) {
-            for (size_t i = 0; i < m_processes.size(); ++i)
+        for (size_t i = 0; i < m_processes.size(); ++i) {
+            m_processes[i]->kill();
+            m_processes[i]->waitForFinished(10000);
+            if (QTest::currentTestFailed())
                 qWarning().noquote() << "program" << i << "said:" << fileBytes(logPath(i));
         }
         m_processes.clear();
@@ -158,26 +166,17 @@ private slots:
         QCOMPARE(waitForWindow(first), QString());
         QProcess* second = startMelo();
         QVERIFY(second->waitForStarted());
-        const qint64 secondPid = second->processId();
-        bool secondShowedWindow = false;
-        QElapsedTimer clock;
-        clock.start();
-        while (second->state() != QProcess::NotRunning && clock.elapsed() < kWindowTimeoutMs) {
-            secondShowedWindow = secondShowedWindow || !visibleWindowsOf(secondPid).isEmpty();
-            second->waitForFinished(20);
-        }
+        QVERIFY(endsWithoutWindow(second));
         QCOMPARE(second->exitStatus(), QProcess::NormalExit);
         QCOMPARE(second->exitCode(), 1);
-        QVERIFY(!secondShowedWindow);
 
         first->kill();
         QVERIFY(first->waitForFinished(10000));
-        QProcess* afterKill = startMelo();
-        QCOMPARE(waitForWindow(afterKill), QString());
-        QVERIFY(quitsNormally(afterKill));
-        QProcess* afterQuit = startMelo();
-        QCOMPARE(waitForWindow(afterQuit), QString());
-        QVERIFY(quitsNormally(afterQuit));
+        for (int i = 0; i < 2; ++i) {  // after the kill, then after a normal exit
+            QProcess* next = startMelo();
+            QCOMPARE(waitForWindow(next), QString());
+            QVERIFY(quitsNormally(next));
+        }
     }
 
     void presetUnpack_data()
@@ -203,7 +202,6 @@ private slots:
         // Unpacking is over before the window exists.
         QTEST(QFile::exists(presetFolder() + QStringLiteral("/0/0.CUBE")), "presetsUnpacked");
         QTEST(!QFile::exists(perUserMarker()), "perUserDeleted");
-
         // Whatever is in the preset folder, it goes with a normal exit.
         QVERIFY(writeFileBytes(presetFolder() + QStringLiteral("/added by the user.txt"), "x"));
         QVERIFY(quitsNormally(melo));
@@ -228,19 +226,15 @@ private slots:
         TestService service;
         QVERIFY2(service.start({"--newversion", "9.9.9.9"}), qPrintable(service.errorString()));
         writeSettingValue(kProductKey, kDisplayVersion, QStringLiteral("1.0.0.0"));
-
         QTemporaryDir folder;
-        QString program = QStringLiteral(MELO_EXE);
-        if (installLocationSet) {
+        const QString program = installLocationSet ? QStringLiteral(MELO_EXE) : folder.path() + "/MELO";
+        if (installLocationSet)
             writeSettingValue(kProductKey, kInstallLocation, folder.path());
-        } else {
-            program = folder.path() + QStringLiteral("/MELO");
+        else
             QVERIFY(QFile::copy(QStringLiteral(MELO_EXE), program));
-        }
-        if (updaterPresent) {
+        if (updaterPresent)
             QVERIFY(writeFileBytes(folder.path() + QStringLiteral("/update.exe"),
-                              "#!/bin/sh\necho $# > \"$(dirname \"$0\")/updater-ran\"\n", true));
-        }
+                                   "#!/bin/sh\necho $# > \"$(dirname \"$0\")/updater-ran\"\n", true));
 
         QProcess* melo = startMelo(program, service.httpsBase());
         QCOMPARE(waitForWindow(melo), QString());
@@ -249,15 +243,12 @@ private slots:
         QCOMPARE(xdotool({"getwindowname", windows.first()}), QStringLiteral("更新"));
         // Closing the notice is as good as its button: the answer is not read.
         // A request that comes before the notice is ready is lost: repeat it.
-        QElapsedTimer clock;
-        clock.start();
-        while (melo->state() != QProcess::NotRunning && clock.elapsed() < 30000) {
+        for (int i = 0; i < 30 && melo->state() != QProcess::NotRunning; ++i) {
             QVERIFY(requestClose(windows.first()));
             melo->waitForFinished(1000);
         }
         QCOMPARE(melo->exitStatus(), QProcess::NormalExit);
         QCOMPARE(melo->exitCode(), 0);
-
         // The detached updater notes its argument count when it has run.
         if (updaterPresent)
             QTRY_COMPARE(fileBytes(folder.path() + QStringLiteral("/updater-ran")), QByteArray("0\n"));
