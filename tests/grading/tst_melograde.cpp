@@ -113,23 +113,37 @@ private slots:
         }
     }
 
-    void badArguments_data()
+    // 2: bad arguments (nothing written), 1: no table, 3: an image failed.
+    void exitCodes_data()
     {
         QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("nothing") << QStringList();
-        QTest::newRow("unknown command") << QStringList{"grade"};
-        QTest::newRow("strength too high") << QStringList{"apply", "--lut", "x.cube", "--strength", "101", "a", "b.png"};
-        QTest::newRow("output format") << QStringList{"apply", "a.png", "b.bmp"};
-        QTest::newRow("no scene") << QStringList{"preset", "--top", "1", "--out-dir", "/tmp", "a.png"};
-        QTest::newRow("unknown option") << QStringList{"preset", "--scene", "0", "--size", "3", "a.png"};
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("said");  // in standard error
+        const QString coffee = kSamples + "/coffee.png";
+        QTest::newRow("nothing") << QStringList() << 2 << QByteArray("usage:");
+        QTest::newRow("unknown command") << QStringList{"grade"} << 2 << QByteArray("melo-grade: ");
+        QTest::newRow("strength too high")
+            << QStringList{"apply", "--lut", "x.cube", "--strength", "101", "a", "b.png"} << 2 << QByteArray("melo-grade: ");
+        QTest::newRow("output format") << QStringList{"apply", "a.png", "b.bmp"} << 2 << QByteArray("melo-grade: ");
+        QTest::newRow("no scene") << QStringList{"preset", "--top", "1", "--out-dir", "/tmp", "a.png"} << 2
+                                  << QByteArray("melo-grade: ");
+        QTest::newRow("unknown option") << QStringList{"preset", "--scene", "0", "--size", "3", "a.png"} << 2
+                                        << QByteArray("melo-grade: ");
+        QTest::newRow("no table") << QStringList{"apply", "--lut", "/nonexistent/none.cube", coffee, m_dir.path() + "/x.png"}
+                                  << 1 << QByteArray();
+        QTest::newRow("no preset") << QStringList{"preset", "--scene", "0", "--top", "0", "--presets", m_dir.path(),
+                                                  "--out-dir", m_dir.path(), coffee} << 1 << QByteArray("no such preset");
+        QTest::newRow("unwritable") << QStringList{"apply", coffee, "/proc/melo/out.png"} << 3
+                                    << QByteArray("cannot write");
     }
-    void badArguments()
+    void exitCodes()
     {
         QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, said);
         const Run run = meloGrade(arguments);
-        QCOMPARE(run.exitCode, 2);
-        QVERIFY2(run.err.startsWith("melo-grade: ") || run.err.startsWith("usage:"), run.err.constData());
-        QVERIFY(run.out.isEmpty());
+        QTEST(run.exitCode, "exitCode");
+        QVERIFY2(run.err.contains(said), run.err.constData());
+        QVERIFY(run.exitCode != 2 || run.out.isEmpty());
     }
 
     void failuresDoNotStopTheBatch()
@@ -144,17 +158,6 @@ private slots:
         QVERIFY(run.err.contains("broken.png: cannot read the image"));
         QVERIFY(QFileInfo(out.path() + "/graded/coffee.jpg").size() > 0);
         QVERIFY(QFileInfo(out.path() + "/graded/chelsea.jpg").size() > 0);
-
-        const Run unwritable = meloGrade({"apply", kSamples + "/coffee.png", "/proc/melo/out.png"});
-        QCOMPARE(unwritable.exitCode, 3);
-        QVERIFY(unwritable.err.contains("cannot write"));
-        const Run noLut = meloGrade({"apply", "--lut", out.path() + "/none.cube", kSamples + "/coffee.png",
-                                    out.path() + "/x.png"});
-        QCOMPARE(noLut.exitCode, 1);
-        const Run noPreset = meloGrade({"preset", "--scene", "0", "--top", "0", "--presets", out.path(), "--out-dir",
-                                       out.path(), kSamples + "/coffee.png"});
-        QCOMPARE(noPreset.exitCode, 1);
-        QVERIFY(noPreset.err.contains("no such preset"));
     }
 };
 
