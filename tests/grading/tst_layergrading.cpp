@@ -46,12 +46,7 @@ private slots:
     void layersApplyInOrder()
     {
         const cv::Mat base = photo();
-        LayerSelection selection;
-        selection.ids[0] = 2;
-        selection.ids[2] = 5;
-        selection.strengths[0] = 60;
-        selection.strengths[1] = 10;  // no mid layer: unused
-        selection.strengths[2] = 85;
+        const LayerSelection selection{{2, -1, 5}, {60, 10, 85}};  // no mid layer: its strength is unused
         const LayerGradeResult result = gradeLayers(base, 1, selection, kLibrary);
 
         const cv::Mat first = blendLayer(base, applyPreset(base, 1, 2), 60);
@@ -72,9 +67,7 @@ private slots:
     void memoRegradesOnlyWhatChanged()
     {
         const cv::Mat base = photo();
-        LayerSelection selection;
-        selection.ids[0] = 2;
-        selection.ids[2] = 5;
+        LayerSelection selection{{2, -1, 5}};
         LayerGradeMemo memo;
         const cv::Mat lastLut = gradeLayers(base, 1, selection, kLibrary, &memo).lastLutOutput;
         int differing = 0;
@@ -128,11 +121,8 @@ private slots:
             QVERIFY(writeFileBytes(presetFilePath(root, 0, 1), topFile));
 
         const cv::Mat base = photo();
-        LayerSelection selection;
-        selection.ids[0] = 1;
-        selection.ids[2] = 1;
         LayerGradeResult result;
-        const QByteArray out = captureStdout([&] { result = gradeLayers(base, scene, selection, root); });
+        const QByteArray out = captureStdout([&] { result = gradeLayers(base, scene, {{1, -1, 1}}, root); });
         QVERIFY2(out.startsWith(printed), out.constData());
         QCOMPARE(out.count('\n'), printed.count('\n') + (printed.endsWith('\n') ? 0 : 1));
         QCOMPARE(result.graded, graded);
@@ -143,9 +133,7 @@ private slots:
     void greyPhotographIsGradedInColour()
     {
         const cv::Mat grey = cv::imread(MELO_SAMPLES_DIR "/camera.png", cv::IMREAD_UNCHANGED);
-        LayerSelection selection;
-        selection.ids[2] = 2;  // cool
-        const LayerGradeResult result = gradeLayers(grey, 0, selection, kLibrary);
+        const LayerGradeResult result = gradeLayers(grey, 0, {{-1, -1, 2}}, kLibrary);  // down 2: cool
         QVERIFY(grey.channels() == 1 && result.graded && result.image.type() == CV_8UC3);
         QCOMPARE(result.image.size(), grey.size());
     }

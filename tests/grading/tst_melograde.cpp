@@ -99,10 +99,7 @@ private slots:
                                              "70", "--presets", presets, "--out-dir", out.path()} +
                                  inputs);
         QCOMPARE(run.exitCode, 0);
-        LayerSelection selection;
-        selection.ids[0] = 2;
-        selection.ids[2] = 5;
-        selection.strengths[0] = selection.strengths[1] = selection.strengths[2] = 70;
+        const LayerSelection selection{{2, -1, 5}, {70, 70, 70}};
         for (const QString& input : inputs) {
             const cv::Mat photo = cv::imread(input.toStdString(), cv::IMREAD_UNCHANGED);
             const QString expected = out.path() + "/expected.jpg";
