@@ -1,12 +1,11 @@
 // Start-up and exit of the real program, run as separate processes on the
-// test's display: the single-instance guard, the preset unpack with the
-// deletion of the per-user folder, the clean-up after a normal exit and the
-// hand-over to the updater.
+// test's display: single instance, preset unpack with the deletion of the
+// per-user folder, clean-up after a normal exit, hand-over to the updater.
+#include "FileBytes.h"
 #include "GlobalConstants.h"
 #include "SettingsStore.h"
 #include "TestService.h"
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QStandardPaths>
@@ -37,24 +36,32 @@ QStringList visibleWindowsOf(qint64 pid)
     return xdotool({"search", "--onlyvisible", "--pid", QString::number(pid)}).split('\n', Qt::SkipEmptyParts);
 }
 
-// Waits until the process maps a window; false when it exits first.
-bool waitForWindow(QProcess* process)
+// Waits until the process maps a window: empty then, else why not.
+QString waitForWindow(QProcess* process)
 {
     QElapsedTimer clock;
     clock.start();
     while (clock.elapsed() < kWindowTimeoutMs && process->state() != QProcess::NotRunning) {
         if (!visibleWindowsOf(process->processId()).isEmpty())
-            return true;
+            return QString();
         process->waitForFinished(100);
     }
-    return false;
+    return process->state() == QProcess::NotRunning ? QStringLiteral("exited with %1").arg(process->exitCode())
+                                                    : QStringLiteral("no window in time");
 }
-#define QVERIFY_SHOWS_WINDOW(process)                                                                  \
-    QVERIFY2(waitForWindow(process), process->state() == QProcess::NotRunning                       \
-                                         ? qPrintable(QStringLiteral("exited with %1, status %2")      \
-                                                          .arg(process->exitCode())                    \
-                                                          .arg(int(process->exitStatus())))            \
-                                         : "no window within the time limit")
+
+// Waits for the process to end; true when it ended without showing a window.
+bool endsWithoutWindow(QProcess* process)
+{
+    bool window = false;
+    QElapsedTimer clock;
+    clock.start();
+    while (process->state() != QProcess::NotRunning && clock.elapsed() < kWindowTimeoutMs) {
+        window = window || !visibleWindowsOf(process->processId()).isEmpty();
+        process->waitForFinished(20);
+    }
+    return !window && process->state() == QProcess::NotRunning;
+}
 
 // Asks a window to close the way a window manager does (WM_DELETE_WINDOW):
 // aimed at that window alone, unlike key presses, which go wherever the
@@ -82,12 +89,12 @@ bool requestClose(const QString& window)
     return sent;
 }
 
-bool writeFile(const QString& path, const QByteArray& data, bool executable = false)
+// Asks for a normal exit the way a session does; expects exit code 0.
+bool quitsNormally(QProcess* process)
 {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size()
-           && (!executable || file.setPermissions(file.permissions() | QFileDevice::ExeOwner));
+    process->terminate();
+    return process->waitForFinished(30000) && process->exitStatus() == QProcess::NormalExit
+           && process->exitCode() == 0;
 }
 
 QString presetFolder() { return QDir::tempPath() + QStringLiteral("/MELO"); }
@@ -95,13 +102,13 @@ QString perUserMarker()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/MELO/marker");
 }
+QString logPath(size_t i) { return QDir::tempPath() + QStringLiteral("/melo-%1.log").arg(i); }
 
 // A 7-Zip archive, names encrypted too, whose top folder is "MELO".
 bool makePresetArchive(const QString& archive, const QString& password)
 {
     QTemporaryDir stage;
-    if (!writeFile(stage.path() + QStringLiteral("/MELO/0/0.CUBE"),
-                   "LUT_3D_SIZE 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n1 1 1\n"))
+    if (!writeFileBytes(stage.path() + "/MELO/0/0.CUBE", "LUT_3D_SIZE 2\n" + QByteArray("0 0 0\n").repeated(8)))
         return false;
     QProcess zip;
     zip.setWorkingDirectory(stage.path());
@@ -128,18 +135,10 @@ class TestStartup : public QObject
         env.insert(QStringLiteral("MELO_SERVICE_HTTP"), QStringLiteral("http://127.0.0.1:9"));
         process->setProcessEnvironment(env);
         process->setProcessChannelMode(QProcess::MergedChannels);
-        process->setStandardOutputFile(QDir::tempPath() + QStringLiteral("/melo-%1.log").arg(m_processes.size()));
+        process->setStandardOutputFile(logPath(m_processes.size()));
         process->start(program, QStringList());
         m_processes.push_back(std::move(process));
         return m_processes.back().get();
-    }
-
-    // Asks for a normal exit the way a session does; expects exit code 0.
-    static bool quitsNormally(QProcess* process)
-    {
-        process->terminate();
-        return process->waitForFinished(30000) && process->exitStatus() == QProcess::NormalExit
-               && process->exitCode() == 0;
     }
 
 private slots:
@@ -147,16 +146,11 @@ private slots:
 
     void cleanup()
     {
-        for (auto& process : m_processes) {
-            process->kill();
-            process->waitForFinished(10000);
-        }
-        if (QTest::currentTestFailed()) {
-            for (size_t i = 0; i < m_processes.size(); ++i) {
-                QFile log(QDir::tempPath() + QStringLiteral("/melo-%1.log").arg(i));
-                if (log.open(QIODevice::ReadOnly))
-                    qWarning().noquote() << "program" << i << "said:" << log.readAll();
-            }
+        for (size_t i = 0; i < m_processes.size(); ++i) {
+            m_processes[i]->kill();
+            m_processes[i]->waitForFinished(10000);
+            if (QTest::currentTestFailed())
+                qWarning().noquote() << "program" << i << "said:" << fileBytes(logPath(i));
         }
         m_processes.clear();
         removeSettingValue(kProductKey, kInstallLocation);
@@ -169,29 +163,20 @@ private slots:
     void singleInstance()
     {
         QProcess* first = startMelo();
-        QVERIFY_SHOWS_WINDOW(first);
+        QCOMPARE(waitForWindow(first), QString());
         QProcess* second = startMelo();
         QVERIFY(second->waitForStarted());
-        const qint64 secondPid = second->processId();
-        bool secondShowedWindow = false;
-        QElapsedTimer clock;
-        clock.start();
-        while (second->state() != QProcess::NotRunning && clock.elapsed() < kWindowTimeoutMs) {
-            secondShowedWindow = secondShowedWindow || !visibleWindowsOf(secondPid).isEmpty();
-            second->waitForFinished(20);
-        }
+        QVERIFY(endsWithoutWindow(second));
         QCOMPARE(second->exitStatus(), QProcess::NormalExit);
         QCOMPARE(second->exitCode(), 1);
-        QVERIFY(!secondShowedWindow);
 
         first->kill();
         QVERIFY(first->waitForFinished(10000));
-        QProcess* afterKill = startMelo();
-        QVERIFY_SHOWS_WINDOW(afterKill);
-        QVERIFY(quitsNormally(afterKill));
-        QProcess* afterQuit = startMelo();
-        QVERIFY_SHOWS_WINDOW(afterQuit);
-        QVERIFY(quitsNormally(afterQuit));
+        for (int i = 0; i < 2; ++i) {  // after the kill, then after a normal exit
+            QProcess* next = startMelo();
+            QCOMPARE(waitForWindow(next), QString());
+            QVERIFY(quitsNormally(next));
+        }
     }
 
     void presetUnpack_data()
@@ -210,16 +195,15 @@ private slots:
         if (!password.isEmpty())
             QVERIFY(makePresetArchive(install.path() + QStringLiteral("/qsh.dll"), password));
         writeSettingValue(kProductKey, kInstallLocation, install.path());
-        QVERIFY(writeFile(perUserMarker(), "kept unless an archive was found"));
+        QVERIFY(writeFileBytes(perUserMarker(), "kept unless an archive was found"));
 
         QProcess* melo = startMelo();
-        QVERIFY_SHOWS_WINDOW(melo);
+        QCOMPARE(waitForWindow(melo), QString());
         // Unpacking is over before the window exists.
         QTEST(QFile::exists(presetFolder() + QStringLiteral("/0/0.CUBE")), "presetsUnpacked");
         QTEST(!QFile::exists(perUserMarker()), "perUserDeleted");
-
         // Whatever is in the preset folder, it goes with a normal exit.
-        QVERIFY(writeFile(presetFolder() + QStringLiteral("/added by the user.txt"), "x"));
+        QVERIFY(writeFileBytes(presetFolder() + QStringLiteral("/added by the user.txt"), "x"));
         QVERIFY(quitsNormally(melo));
         QVERIFY(!QFileInfo::exists(presetFolder()));
     }
@@ -242,43 +226,32 @@ private slots:
         TestService service;
         QVERIFY2(service.start({"--newversion", "9.9.9.9"}), qPrintable(service.errorString()));
         writeSettingValue(kProductKey, kDisplayVersion, QStringLiteral("1.0.0.0"));
-
         QTemporaryDir folder;
-        QString program = QStringLiteral(MELO_EXE);
-        if (installLocationSet) {
+        const QString program = installLocationSet ? QStringLiteral(MELO_EXE) : folder.path() + "/MELO";
+        if (installLocationSet)
             writeSettingValue(kProductKey, kInstallLocation, folder.path());
-        } else {
-            program = folder.path() + QStringLiteral("/MELO");
+        else
             QVERIFY(QFile::copy(QStringLiteral(MELO_EXE), program));
-        }
-        if (updaterPresent) {
-            QVERIFY(writeFile(folder.path() + QStringLiteral("/update.exe"),
-                              "#!/bin/sh\necho $# > \"$(dirname \"$0\")/updater-ran\"\n", true));
-        }
+        if (updaterPresent)
+            QVERIFY(writeFileBytes(folder.path() + QStringLiteral("/update.exe"),
+                                   "#!/bin/sh\necho $# > \"$(dirname \"$0\")/updater-ran\"\n", true));
 
         QProcess* melo = startMelo(program, service.httpsBase());
-        QVERIFY_SHOWS_WINDOW(melo);
+        QCOMPARE(waitForWindow(melo), QString());
         const QStringList windows = visibleWindowsOf(melo->processId());
         QCOMPARE(windows.size(), 1);
         QCOMPARE(xdotool({"getwindowname", windows.first()}), QStringLiteral("更新"));
         // Closing the notice is as good as its button: the answer is not read.
         // A request that comes before the notice is ready is lost: repeat it.
-        QElapsedTimer clock;
-        clock.start();
-        while (melo->state() != QProcess::NotRunning && clock.elapsed() < 30000) {
+        for (int i = 0; i < 30 && melo->state() != QProcess::NotRunning; ++i) {
             QVERIFY(requestClose(windows.first()));
             melo->waitForFinished(1000);
         }
         QCOMPARE(melo->exitStatus(), QProcess::NormalExit);
         QCOMPARE(melo->exitCode(), 0);
-
         // The detached updater notes its argument count when it has run.
-        const auto updaterNote = [&folder]() {
-            QFile note(folder.path() + QStringLiteral("/updater-ran"));
-            return note.open(QIODevice::ReadOnly) ? note.readAll().trimmed() : QByteArray("not run");
-        };
         if (updaterPresent)
-            QTRY_COMPARE(updaterNote(), QByteArray("0"));
+            QTRY_COMPARE(fileBytes(folder.path() + QStringLiteral("/updater-ran")), QByteArray("0\n"));
     }
 };
 

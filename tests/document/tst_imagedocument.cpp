@@ -1,3 +1,4 @@
+#include "FileBytes.h"
 #include "GlobalConstants.h"
 #include "ImageDocument.h"
 #include "ImagePreview.h"
@@ -21,18 +22,6 @@
 static QString sample(const QString& name) { return QStringLiteral(MELO_SAMPLES_DIR "/") + name; }
 static QSize sizeOf(const cv::Mat& m) { return QSize(m.cols, m.rows); }
 static cv::Mat readBack(const QString& path) { return cv::imread(path.toStdString(), cv::IMREAD_UNCHANGED); }
-
-static QByteArray fileBytes(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-static void writeBytes(const QString& path, const QByteArray& bytes)
-{
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size());
-}
 
 // Same members, the images as the very same headers.
 static bool sameDocument(const ImageDocument& a, const ImageDocument& b)
@@ -138,7 +127,7 @@ private slots:
 
         const QString candidate = dir.filePath("人像/" + (file.isEmpty() ? "none.jpg" : file));
         if (!file.isEmpty())
-            writeBytes(candidate, fileBytes(sample(file)).left(keep < 0 ? INT_MAX : keep));
+            QVERIFY(writeFileBytes(candidate, fileBytes(sample(file)).left(keep < 0 ? INT_MAX : keep)));
         if (keep > 0)  // the decoder alone would accept a cut JPEG, grey where data is missing
             QVERIFY(!readBack(candidate).empty());
         QCOMPARE(doc.openAdjustment(candidate), size.isValid());
@@ -163,10 +152,8 @@ private slots:
         const cv::Mat preview = doc.m_showMat;
         QVERIFY(doc.acceptCrop(QRect(100, 50, 600, 400)) && doc.acceptCrop(QRect(10, 20, 300, 200)));
         QCOMPARE(doc.m_cropRects, (QVector<QRect>{QRect(100, 50, 600, 400), QRect(10, 20, 300, 200)}));
-        QCOMPARE(doc.m_acceptedRect, QRect(10, 20, 300, 200));
         QVERIFY(doc.m_showMat.data == preview.ptr(70, 110) && doc.m_dstMat.data == doc.m_showMat.data);
-        QCOMPARE(sizeOf(doc.m_dstMat), QSize(300, 200));
-        QCOMPARE(sizeOf(doc.m_thumbMat), QSize(82, 55));
+        QVERIFY(sizeOf(doc.m_dstMat) == QSize(300, 200) && sizeOf(doc.m_thumbMat) == QSize(82, 55));
         const ImageDocument cut = doc;
         for (const QRect& bad : {QRect(), QRect(10, 10, -5, 20), QRect(250, 0, 60, 10), QRect(-1, 0, 10, 10)})
             QVERIFY(!doc.acceptCrop(bad) && sameDocument(doc, cut) && doc.m_acceptedRect == cut.m_acceptedRect);
@@ -185,10 +172,8 @@ private slots:
         st.interactive = 0;
         QVERIFY(doc.imageForSave(st, true, [] { QFAIL("a silent save does not grade"); }).data == doc.m_dstMat.data);
 
-        QVERIFY(doc.resetCrop());
-        QVERIFY(doc.m_cropRects.isEmpty() && sizeOf(doc.m_showMat) == QSize(1200, 1200));
+        QVERIFY(doc.resetCrop() && doc.m_cropRects.isEmpty() && sizeOf(doc.m_showMat) == QSize(1200, 1200));
         QVERIFY(doc.m_orgMat.data == doc.m_srcMat.data && doc.m_dstMat.data == doc.m_showMat.data);
-        QCOMPARE(doc.m_thumbMat.rows, 82);
     }
 
     void cropsReplayWithOneFactor_data()
@@ -246,11 +231,9 @@ private slots:
             return;
         QCOMPARE(r.filePath, dir.path() + "//" + file);
         const cv::Mat back = readBack(r.filePath);
-        QCOMPARE(back.size(), image.size());
-        if (file.endsWith(".jpg"))  // PSNR 40.3 at quality 100 on this picture, 39.7 at 98
-            QVERIFY(cv::PSNR(back, image) > 40.0);
-        else
-            QCOMPARE(cv::norm(back, image, cv::NORM_INF), 0.0);
+        // Lossless formats exactly; JPEG: PSNR 40.3 at quality 100 on this picture, 39.7 at 98.
+        QVERIFY(back.size() == image.size()
+                && (file.endsWith(".jpg") ? cv::PSNR(back, image) > 40.0 : cv::norm(back, image, cv::NORM_INF) == 0));
     }
 
     void failedWriteLosesNothing()
@@ -262,11 +245,10 @@ private slots:
         QVERIFY(QDir(dir.path()).isEmpty());
 
         // A full disk, made real by a file size limit: the earlier file stays whole.
-        writeBytes(dir.filePath("a.png"), "earlier");
+        QVERIFY(writeFileBytes(dir.filePath("a.png"), "earlier"));
         rlimit old{};
         QVERIFY(getrlimit(RLIMIT_FSIZE, &old) == 0);
-        rlimit small = old;
-        small.rlim_cur = 4096;
+        const rlimit small{4096, old.rlim_max};
         const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
         QVERIFY(setrlimit(RLIMIT_FSIZE, &small) == 0);
         const SaveResult r = writeSettingFile(record(dir.path(), "a", "PNG"), image);
@@ -297,7 +279,7 @@ private slots:
         bytes[orientationAt] = orientation;
         // The source photograph sits in the save folder and is overwritten.
         const QString source = dir.filePath("hubble.jpg");
-        writeBytes(source, bytes);
+        QVERIFY(writeFileBytes(source, bytes));
         const cv::Mat image = readBack(source);
         QCOMPARE(writeSettingFile(record(dir.path(), "hubble", "JPG"), image, source).status, SaveStatus::Written);
 

@@ -1,10 +1,6 @@
 #include "GradingTestSupport.h"
 
-#include <QFile>
-#include <QTest>
-
 #include <cstdio>
-#include <unistd.h>
 
 QByteArray cubeText(int size, const std::function<LutRgb(float, float, float)>& colour, const QByteArray& header)
 {
@@ -19,32 +15,6 @@ QByteArray cubeText(int size, const std::function<LutRgb(float, float, float)>& 
                 snprintf(line, sizeof line, "%.7f %.7f %.7f\n", double(c.r), double(c.g), double(c.b));
                 text += line;
             }
-    return text;
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size())
-        QFAIL(qPrintable("cannot write " + path));
-}
-
-QByteArray captureStdout(const std::function<void()>& work)
-{
-    fflush(stdout);
-    FILE* sink = tmpfile();
-    const int saved = dup(fileno(stdout));
-    dup2(fileno(sink), fileno(stdout));
-    work();
-    fflush(stdout);
-    dup2(saved, fileno(stdout));
-    close(saved);
-    QByteArray text;
-    rewind(sink);
-    char buffer[4096];
-    for (size_t n; (n = fread(buffer, 1, sizeof buffer, sink)) > 0;)
-        text.append(buffer, int(n));
-    fclose(sink);
     return text;
 }
 

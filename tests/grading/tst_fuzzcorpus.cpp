@@ -1,9 +1,9 @@
 // Replays the fuzzer's regression corpus through the readers and the fast
 // paths (the inputs that once crashed or reached new code).
+#include "FileBytes.h"
 #include "FuzzReaderInput.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -20,10 +20,7 @@ private slots:
         const std::string scratch = (dir.path() + "/input").toStdString();
         int read = 0;
         for (const QString& name : names) {
-            QFile file(corpus.filePath(name));
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            const QByteArray bytes = file.readAll();
-            fflush(stdout);
+            const QByteArray bytes = fileBytes(corpus.filePath(name));
             const FuzzVerdict verdict =
                 runFuzzInput(reinterpret_cast<const uint8_t*>(bytes.constData()), size_t(bytes.size()), scratch);
             QVERIFY2(verdict != FuzzVerdict::Disagreed, qPrintable(name));

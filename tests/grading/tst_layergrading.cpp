@@ -6,7 +6,6 @@
 #include <opencv2/imgcodecs.hpp>
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -30,24 +29,16 @@ class TestLayerGrading : public QObject
 {
     Q_OBJECT
 private slots:
-    void blendKeepsTheExtraLevel_data()
-    {
-        QTest::addColumn<int>("strength");
-        QTest::addColumn<int>("expected");  // for base 100, LUT output 200
-        QTest::newRow("0") << 0 << 101;
-        QTest::newRow("100") << 100 << 201;
-        QTest::newRow("35") << 35 << 136;
-    }
+    // For base 100 and LUT output 200 the blend gives one level more than the
+    // weighted mean, saturating at white.
     void blendKeepsTheExtraLevel()
     {
-        QFETCH(int, strength);
-        QFETCH(int, expected);
-        const cv::Mat base(2, 2, CV_8UC3, cv::Scalar::all(100));
-        const cv::Mat lut(2, 2, CV_8UC3, cv::Scalar::all(200));
-        QCOMPARE(blendLayer(base, lut, strength).at<cv::Vec3b>(1, 1), cv::Vec3b::all(uchar(expected)));
-        // Saturates at white.
+        const cv::Mat base(2, 2, CV_8UC3, cv::Scalar::all(100)), lut(2, 2, CV_8UC3, cv::Scalar::all(200));
         const cv::Mat white(2, 2, CV_8UC3, cv::Scalar::all(255));
-        QCOMPARE(blendLayer(white, white, strength).at<cv::Vec3b>(0, 0), cv::Vec3b::all(255));
+        for (const auto& [strength, expected] : {std::pair{0, 101}, {100, 201}, {35, 136}}) {
+            QCOMPARE(blendLayer(base, lut, strength).at<cv::Vec3b>(1, 1), cv::Vec3b::all(uchar(expected)));
+            QCOMPARE(blendLayer(white, white, strength).at<cv::Vec3b>(0, 0), cv::Vec3b::all(255));
+        }
     }
 
     // Top 2 and down 5 of scene 1 are files 2 and 13, the second laid over the
@@ -55,12 +46,7 @@ private slots:
     void layersApplyInOrder()
     {
         const cv::Mat base = photo();
-        LayerSelection selection;
-        selection.ids[0] = 2;
-        selection.ids[2] = 5;
-        selection.strengths[0] = 60;
-        selection.strengths[1] = 10;  // no mid layer: unused
-        selection.strengths[2] = 85;
+        const LayerSelection selection{{2, -1, 5}, {60, 10, 85}};  // no mid layer: its strength is unused
         const LayerGradeResult result = gradeLayers(base, 1, selection, kLibrary);
 
         const cv::Mat first = blendLayer(base, applyPreset(base, 1, 2), 60);
@@ -81,9 +67,7 @@ private slots:
     void memoRegradesOnlyWhatChanged()
     {
         const cv::Mat base = photo();
-        LayerSelection selection;
-        selection.ids[0] = 2;
-        selection.ids[2] = 5;
+        LayerSelection selection{{2, -1, 5}};
         LayerGradeMemo memo;
         const cv::Mat lastLut = gradeLayers(base, 1, selection, kLibrary, &memo).lastLutOutput;
         int differing = 0;
@@ -134,14 +118,11 @@ private slots:
         QDir().mkpath(root + "/0");
         QVERIFY(QFile::copy(presetFilePath(kLibrary, 0, 9), presetFilePath(root, 0, 9)));
         if (!topFile.isEmpty())
-            writeFile(presetFilePath(root, 0, 1), topFile);
+            QVERIFY(writeFileBytes(presetFilePath(root, 0, 1), topFile));
 
         const cv::Mat base = photo();
-        LayerSelection selection;
-        selection.ids[0] = 1;
-        selection.ids[2] = 1;
         LayerGradeResult result;
-        const QByteArray out = captureStdout([&] { result = gradeLayers(base, scene, selection, root); });
+        const QByteArray out = captureStdout([&] { result = gradeLayers(base, scene, {{1, -1, 1}}, root); });
         QVERIFY2(out.startsWith(printed), out.constData());
         QCOMPARE(out.count('\n'), printed.count('\n') + (printed.endsWith('\n') ? 0 : 1));
         QCOMPARE(result.graded, graded);
@@ -152,12 +133,8 @@ private slots:
     void greyPhotographIsGradedInColour()
     {
         const cv::Mat grey = cv::imread(MELO_SAMPLES_DIR "/camera.png", cv::IMREAD_UNCHANGED);
-        QCOMPARE(grey.channels(), 1);
-        LayerSelection selection;
-        selection.ids[2] = 2;  // cool
-        const LayerGradeResult result = gradeLayers(grey, 0, selection, kLibrary);
-        QVERIFY(result.graded);
-        QCOMPARE(result.image.type(), CV_8UC3);
+        const LayerGradeResult result = gradeLayers(grey, 0, {{-1, -1, 2}}, kLibrary);  // down 2: cool
+        QVERIFY(grey.channels() == 1 && result.graded && result.image.type() == CV_8UC3);
         QCOMPARE(result.image.size(), grey.size());
     }
 };

@@ -10,11 +10,12 @@
 #include <clocale>
 #include <cstdlib>
 #include <locale.h>
+#include <memory>
 #include <random>
 
 struct Probe {
-    int r = 0, g = 0, b = 0;
-    float value[3] = {0, 0, 0};
+    int r, g, b;
+    float value[3];
 };
 Q_DECLARE_METATYPE(QVector<Probe>)
 
@@ -29,18 +30,10 @@ QByteArray numbered(int count)
     return text;
 }
 
-Probe probe(int r, int g, int b, float x, float y, float z)
-{
-    Probe p;
-    p.r = r, p.g = g, p.b = b;
-    p.value[0] = x, p.value[1] = y, p.value[2] = z;
-    return p;
-}
-
-// Probes of a numbered table: the entry at (r, g, b) came from line i.
+// Probe of a numbered table: the entry at (r, g, b) came from line i.
 Probe line(int r, int g, int b, int i, float scale = 1.0f)
 {
-    return probe(r, g, b, float(i) * scale, 0.5f * scale, -0.25f * scale);
+    return {r, g, b, {float(i) * scale, 0.5f * scale, -0.25f * scale}};
 }
 
 Lut3D* readAs(const QString& extension, const QByteArray& path)
@@ -56,7 +49,6 @@ Lut3D* readAs(const QString& extension, const QByteArray& path)
 
 const QByteArray kTooLarge = "Too large or invalid 3D LUT size\n";
 const QByteArray kEof = "Unexpected EOF\n";
-const QByteArray kInOut = "in and out must be defined\n";
 
 }  // namespace
 
@@ -74,107 +66,86 @@ private slots:
         QCOMPARE(value, 0.0f);
     }
 
+    // Rows are named "<extension> <case>".
     void read_data()
     {
-        QTest::addColumn<QString>("extension");
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<int>("size");  // 0: the read fails
         QTest::addColumn<QByteArray>("printed");
         QTest::addColumn<QVector<Probe>>("probes");
+        const auto reads = [](const char* name, const QByteArray& content, int size, const QVector<Probe>& probes) {
+            QTest::newRow(name) << content << size << QByteArray() << probes;
+        };
+        const auto refused = [](const char* name, const QByteArray& content, const QByteArray& printed = {}) {
+            QTest::newRow(name) << content << 0 << printed << QVector<Probe>();
+        };
 
-        const QVector<Probe> none;
-        const QByteArray size2 = "LUT_3D_SIZE 2\n";
         // ".cube": red fastest, then green, blue slowest.
-        QTest::newRow("cube red fastest") << "cube" << size2 + numbered(8) << 2 << QByteArray()
-                                          << QVector<Probe>{line(0, 0, 0, 0), line(1, 0, 0, 1), line(0, 1, 0, 2),
-                                                            line(0, 0, 1, 4), line(1, 1, 1, 7)};
-        QTest::newRow("cube hex size") << "cube" << "LUT_3D_SIZE 0x21\n" + numbered(35937) << 33 << QByteArray()
-                                       << QVector<Probe>{line(1, 0, 0, 1), line(0, 0, 1, 1089), line(32, 32, 32, 35936)};
-        QTest::newRow("cube octal size") << "cube" << "LUT_3D_SIZE 041\n" + numbered(35937) << 33 << QByteArray()
-                                         << QVector<Probe>{line(0, 1, 0, 33)};
-        QTest::newRow("cube size 65") << "cube" << "LUT_3D_SIZE 65\n" + numbered(8) << 0 << kTooLarge << none;
-        QTest::newRow("cube size 1") << "cube" << "LUT_3D_SIZE 1\n" + numbered(8) << 0 << kTooLarge << none;
-        QTest::newRow("cube tab after keyword") << "cube" << "LUT_3D_SIZE\t2\n" + numbered(8) << 0 << QByteArray()
-                                                << none;
-        QTest::newRow("cube no size line") << "cube" << numbered(8) << 0 << QByteArray() << none;
-        QTest::newRow("cube title before size")
-            << "cube" << "TITLE \"look\"\n# made by hand\n" + size2 + numbered(8) << 2 << QByteArray()
-            << QVector<Probe>{line(1, 1, 1, 7)};
-        QTest::newRow("cube title after size")
-            << "cube" << size2 + "TITLE \"look\"\n" + numbered(8) << 0 << QByteArray() << none;
-        QTest::newRow("cube domain max doubles")
-            << "cube" << size2 + "DOMAIN_MAX 2 2 2\n" + numbered(8) << 2 << QByteArray()
-            << QVector<Probe>{line(1, 0, 0, 1, 2.0f)};
-        QTest::newRow("cube domain min halves")
-            << "cube" << size2 + "DOMAIN_MIN 0.5 0.5 0.5\n" + numbered(8) << 2 << QByteArray()
-            << QVector<Probe>{line(1, 0, 0, 1, 0.5f)};
-        QTest::newRow("cube domain mid-data scales later entries")
-            << "cube" << size2 + numbered(4) + "DOMAIN_MAX 2 2 2\n" + numbered(8).mid(numbered(4).size()) << 2
-            << QByteArray() << QVector<Probe>{line(1, 1, 0, 3), line(0, 0, 1, 4, 2.0f)};
-        QTest::newRow("cube indented domain line") << "cube" << size2 + " DOMAIN_MAX 2 2 2\n" + numbered(8) << 0
-                                                   << QByteArray() << none;
-        QTest::newRow("cube unknown domain line") << "cube" << size2 + "DOMAIN_SIZE 2\n" + numbered(8) << 0
-                                                  << QByteArray() << none;
-        QTest::newRow("cube comments and blanks in data")
-            << "cube" << size2 + "# a\n\n \t\r\n" + numbered(8) << 2 << QByteArray()
-            << QVector<Probe>{line(0, 0, 0, 0), line(1, 1, 1, 7)};
-        QTest::newRow("cube truncated") << "cube" << size2 + numbered(7) << 0 << kEof << none;
-        QTest::newRow("cube two numbers") << "cube" << size2 + "0.5 0.5\n" + numbered(8) << 0 << QByteArray()
-                                          << none;
+        const QByteArray size2 = "LUT_3D_SIZE 2\n", eight = numbered(8);
+        reads("cube red fastest", size2 + eight, 2,
+              {line(0, 0, 0, 0), line(1, 0, 0, 1), line(0, 1, 0, 2), line(0, 0, 1, 4), line(1, 1, 1, 7)});
+        reads("cube hex size", "LUT_3D_SIZE 0x21\n" + numbered(35937), 33,
+              {line(1, 0, 0, 1), line(0, 0, 1, 1089), line(32, 32, 32, 35936)});
+        reads("cube octal size", "LUT_3D_SIZE 041\n" + numbered(35937), 33, {line(0, 1, 0, 33)});
+        refused("cube size 65", "LUT_3D_SIZE 65\n" + eight, kTooLarge);
+        refused("cube size 1", "LUT_3D_SIZE 1\n" + eight, kTooLarge);
+        refused("cube tab after keyword", "LUT_3D_SIZE\t2\n" + eight);
+        refused("cube no size line", eight);
+        reads("cube title before size", "TITLE \"look\"\n# made by hand\n" + size2 + eight, 2, {line(1, 1, 1, 7)});
+        refused("cube title after size", size2 + "TITLE \"look\"\n" + eight);
+        reads("cube domain max doubles", size2 + "DOMAIN_MAX 2 2 2\n" + eight, 2, {line(1, 0, 0, 1, 2.0f)});
+        reads("cube domain min halves", size2 + "DOMAIN_MIN 0.5 0.5 0.5\n" + eight, 2, {line(1, 0, 0, 1, 0.5f)});
+        reads("cube domain mid-data scales later entries",
+              size2 + numbered(4) + "DOMAIN_MAX 2 2 2\n" + eight.mid(numbered(4).size()), 2,
+              {line(1, 1, 0, 3), line(0, 0, 1, 4, 2.0f)});
+        refused("cube indented domain line", size2 + " DOMAIN_MAX 2 2 2\n" + eight);
+        refused("cube unknown domain line", size2 + "DOMAIN_SIZE 2\n" + eight);
+        reads("cube comments and blanks in data", size2 + "# a\n\n \t\r\n" + eight, 2,
+              {line(0, 0, 0, 0), line(1, 1, 1, 7)});
+        refused("cube truncated", size2 + numbered(7), kEof);
+        refused("cube two numbers", size2 + "0.5 0.5\n" + eight);
         // Lines are read in 512-byte pieces: the rest of a long comment is
         // read as a line of its own, which is not three numbers.
-        QTest::newRow("cube long comment in data")
-            << "cube" << size2 + "#" + QByteArray(600, 'x') + "\n" + numbered(8) << 0 << QByteArray() << none;
-        QTest::newRow("cube exponents and hex floats")
-            << "cube" << size2 + QByteArray("5e-1 2.5E-1 0x1p-2\n").repeated(8) << 2 << QByteArray()
-            << QVector<Probe>{probe(1, 1, 1, 0.5f, 0.25f, 0.25f)};
+        refused("cube long comment in data", size2 + "#" + QByteArray(600, 'x') + "\n" + eight);
+        reads("cube exponents and hex floats", size2 + QByteArray("5e-1 2.5E-1 0x1p-2\n").repeated(8), 2,
+              {{1, 1, 1, {0.5f, 0.25f, 0.25f}}});
 
         // ".3dl": 17 points, blue fastest, integers over 4096.
         QByteArray data3dl = "# levels\n\n0 64 128 192 256 320 384 448 512 576 640 704 768 832 896 960 1023\n";
         for (int i = 0; i < 17 * 17 * 17; ++i)
             data3dl += QByteArray::number(i) + " 4095 8192\n";
-        const float q = 1.0f / 4096.0f;
-        QTest::newRow("3dl values and order")
-            << "3dl" << data3dl << 17 << QByteArray()
-            << QVector<Probe>{probe(0, 0, 0, 0.0f, 0.999755859375f, 2.0f), probe(0, 0, 1, q, 0.999755859375f, 2.0f),
-                              probe(0, 1, 0, 17 * q, 0.999755859375f, 2.0f),
-                              probe(1, 0, 0, 289 * q, 0.999755859375f, 2.0f)};
-        QTest::newRow("3dl truncated") << "3dl" << data3dl.left(data3dl.lastIndexOf('\n', 600) + 1) << 0 << kEof << none;
-        QTest::newRow("3dl empty") << "3dl" << QByteArray("\n# nothing\n") << 0 << kEof << none;
+        const float q = 1.0f / 4096.0f, g3dl = 4095 * q;
+        reads("3dl values and order", data3dl, 17,
+              {{0, 0, 0, {0, g3dl, 2}}, {0, 0, 1, {q, g3dl, 2}}, {0, 1, 0, {17 * q, g3dl, 2}},
+               {1, 0, 0, {289 * q, g3dl, 2}}});
+        refused("3dl truncated", data3dl.left(data3dl.lastIndexOf('\n', 600) + 1), kEof);
+        refused("3dl empty", "\n# nothing\n", kEof);
 
         // ".dat": optional size header, blue fastest.
-        QTest::newRow("dat without header") << "dat" << numbered(35937) << 33 << QByteArray()
-                                            << QVector<Probe>{line(0, 0, 1, 1), line(1, 0, 0, 1089)};
-        QTest::newRow("dat with header") << "dat" << "# c\n3DLUTSIZE 2\n\n" + numbered(8) << 2 << QByteArray()
-                                         << QVector<Probe>{line(0, 0, 1, 1), line(0, 1, 0, 2), line(1, 0, 0, 4)};
-        QTest::newRow("dat size 65") << "dat" << "3DLUTSIZE 65\n" + numbered(8) << 0 << kTooLarge << none;
-        QTest::newRow("dat empty") << "dat" << QByteArray() << 0 << kEof << none;
+        reads("dat without header", numbered(35937), 33, {line(0, 0, 1, 1), line(1, 0, 0, 1089)});
+        reads("dat with header", "# c\n3DLUTSIZE 2\n\n" + eight, 2,
+              {line(0, 0, 1, 1), line(0, 1, 0, 2), line(1, 0, 0, 4)});
+        refused("dat size 65", "3DLUTSIZE 65\n" + eight, kTooLarge);
+        refused("dat empty", QByteArray(), kEof);
 
         // ".m3d": in/out header, channel order, one line per entry.
         QByteArray m3d17 = "in 4913\nout 4096\nvalues r g b\n";
         for (int i = 0; i < 4913; ++i)
             m3d17 += QByteArray::number(i) + " 0 4095\n";
         const float s4095 = 1.0f / 4095.0f;
-        QTest::newRow("m3d in 4913") << "m3d" << m3d17 << 17 << QByteArray()
-                                     << QVector<Probe>{probe(0, 0, 1, s4095 * 1, 0, s4095 * 4095),
-                                                       probe(1, 0, 0, s4095 * 289, 0, s4095 * 4095)};
+        reads("m3d in 4913", m3d17, 17, {{0, 0, 1, {s4095, 0, 1}}, {1, 0, 0, {s4095 * 289, 0, 1}}});
         const QByteArray head18 = "in 4914\nout 2\nvalues r g b\n";
-        QTest::newRow("m3d in 4914 short") << "m3d" << head18 + numbered(4914) << 0 << kEof << none;
-        QTest::newRow("m3d in 4914") << "m3d" << head18 + numbered(18 * 18 * 18) << 18 << QByteArray()
-                                     << QVector<Probe>{line(17, 17, 17, 5831)};
-        QTest::newRow("m3d values b g r")
-            << "m3d" << "# order\nin 8\nout 2\nvalues b g r\n" + numbered(8) << 2 << QByteArray()
-            << QVector<Probe>{probe(0, 0, 1, -0.25f, 0.5f, 1.0f)};
-        QTest::newRow("m3d no header") << "m3d" << numbered(8) << 0 << kInOut << none;
-        QTest::newRow("m3d in too small") << "m3d" << "in 1\nout 2\n" + numbered(8) << 0
-                                          << QByteArray("invalid in (1) or out (2)\n") << none;
-        QTest::newRow("m3d blank line in data") << "m3d" << "in 8\nout 2\nvalues r g b\n\n" + numbered(8) << 0
-                                                << QByteArray() << none;
+        refused("m3d in 4914 short", head18 + numbered(4914), kEof);
+        reads("m3d in 4914", head18 + numbered(18 * 18 * 18), 18, {line(17, 17, 17, 5831)});
+        reads("m3d values b g r", "# order\nin 8\nout 2\nvalues b g r\n" + eight, 2, {{0, 0, 1, {-0.25f, 0.5f, 1.0f}}});
+        refused("m3d no header", eight, "in and out must be defined\n");
+        refused("m3d in too small", "in 1\nout 2\n" + eight, "invalid in (1) or out (2)\n");
+        refused("m3d blank line in data", "in 8\nout 2\nvalues r g b\n\n" + eight);
     }
 
     void read()
     {
-        QFETCH(QString, extension);
+        const QString extension = QString::fromLatin1(QTest::currentDataTag()).section(' ', 0, 0);
         QFETCH(QByteArray, content);
         QFETCH(int, size);
         QFETCH(QByteArray, printed);
@@ -182,39 +153,24 @@ private slots:
 
         QTemporaryDir dir;
         const QByteArray path = (dir.path() + "/table." + extension).toLocal8Bit();
-        writeFile(path, content);
-        Lut3D* lut = nullptr;
-        QCOMPARE(captureStdout([&] { lut = readAs(extension, path); }), printed);
-        if (size == 0) {
-            QVERIFY(!lut);
-            return;
-        }
-        QVERIFY(lut);
-        const int lutSize = lut->lutSize;
-        Probe found[16];
-        for (int i = 0; i < probes.size(); ++i) {
-            found[i] = probes[i];
-            std::copy(lut->lut[probes[i].r][probes[i].g][probes[i].b],
-                      lut->lut[probes[i].r][probes[i].g][probes[i].b] + 3, found[i].value);
-        }
-        free(lut);
-        QCOMPARE(lutSize, size);
-        for (int i = 0; i < probes.size(); ++i)
+        QVERIFY(writeFileBytes(path, content));
+        Lut3D* read = nullptr;
+        QCOMPARE(captureStdout([&] { read = readAs(extension, path); }), printed);
+        const std::unique_ptr<Lut3D, void (*)(void*)> lut(read, free);
+        QCOMPARE(lut ? lut->lutSize : 0, size);
+        for (const Probe& p : probes)
             for (int c = 0; c < 3; ++c)
-                QVERIFY2(found[i].value[c] == probes[i].value[c],
-                         qPrintable(QString("entry %1 %2 %3 channel %4: %5, expected %6")
-                                        .arg(probes[i].r).arg(probes[i].g).arg(probes[i].b).arg(c)
-                                        .arg(double(found[i].value[c]), 0, 'g', 9)
-                                        .arg(double(probes[i].value[c]), 0, 'g', 9)));
+                QVERIFY2(lut->lut[p.r][p.g][p.b][c] == p.value[c],
+                         qPrintable(QString("entry %1 %2 %3 channel %4: %5").arg(p.r).arg(p.g).arg(p.b).arg(c)
+                                        .arg(double(lut->lut[p.r][p.g][p.b][c]), 0, 'g', 9)));
     }
 
     void missingFileIsSilent()
     {
-        for (const char* path : {"/nonexistent/a.cube", "/nonexistent/a.3dl", "/nonexistent/a.dat",
-                                 "/nonexistent/a.m3d"}) {
-            const QString name(path);
+        for (const QString extension : {"cube", "3dl", "dat", "m3d"}) {
             Lut3D* lut = reinterpret_cast<Lut3D*>(1);
-            QCOMPARE(captureStdout([&] { lut = readAs(name.section('.', -1), path); }), QByteArray());
+            const QByteArray path = "/nonexistent/a." + extension.toLatin1();
+            QCOMPARE(captureStdout([&] { lut = readAs(extension, path); }), QByteArray());
             QVERIFY(!lut);
         }
     }

@@ -5,7 +5,6 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -37,12 +36,6 @@ Run meloGrade(const QStringList& arguments, const QByteArray& locale = "C.UTF-8"
 const QString kSamples = QStringLiteral(MELO_SAMPLES_DIR);
 const QString kLibrary = QStringLiteral(MELO_PRESET_DIR "/MELO");
 
-QByteArray fileBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 }  // namespace
 
 class TestMeloGrade : public QObject
@@ -54,7 +47,7 @@ private slots:
     void lutPrintsTheTable()
     {
         const QString cube = m_dir.path() + "/t.cube";
-        writeFile(cube, "LUT_3D_SIZE 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n-0.3 2.5 1e-7\n");
+        QVERIFY(writeFileBytes(cube, "LUT_3D_SIZE 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n-0.3 2.5 1e-7\n"));
         const Run run = meloGrade({"lut", cube}, "de_DE.UTF-8");
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(run.out, QByteArray("size 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n"
@@ -65,7 +58,7 @@ private slots:
         QByteArray text = "0 1023\n";
         for (int i = 0; i < 17 * 17 * 17; ++i)
             text += QByteArray::number(i) + " 0 4096\n";
-        writeFile(m_dir.path() + "/t.3dl", text);
+        QVERIFY(writeFileBytes(m_dir.path() + "/t.3dl", text));
         const Run order = meloGrade({"lut", m_dir.path() + "/t.3dl"});
         QCOMPARE(order.exitCode, 0);
         const QList<QByteArray> lines = order.out.split('\n');
@@ -73,7 +66,7 @@ private slots:
         QCOMPARE(lines[2], QByteArray::number(289.0 / 4096, 'g', 9) + " 0 1");
 
         // A failure keeps the reader's own diagnostic.
-        writeFile(m_dir.path() + "/big.dat", "3DLUTSIZE 0x41\n");
+        QVERIFY(writeFileBytes(m_dir.path() + "/big.dat", "3DLUTSIZE 0x41\n"));
         const Run failed = meloGrade({"lut", m_dir.path() + "/big.dat"});
         QCOMPARE(failed.exitCode, 1);
         QCOMPARE(failed.out, QByteArray("Too large or invalid 3D LUT size\n"));
@@ -106,10 +99,7 @@ private slots:
                                              "70", "--presets", presets, "--out-dir", out.path()} +
                                  inputs);
         QCOMPARE(run.exitCode, 0);
-        LayerSelection selection;
-        selection.ids[0] = 2;
-        selection.ids[2] = 5;
-        selection.strengths[0] = selection.strengths[1] = selection.strengths[2] = 70;
+        const LayerSelection selection{{2, -1, 5}, {70, 70, 70}};
         for (const QString& input : inputs) {
             const cv::Mat photo = cv::imread(input.toStdString(), cv::IMREAD_UNCHANGED);
             const QString expected = out.path() + "/expected.jpg";
@@ -120,31 +110,43 @@ private slots:
         }
     }
 
-    void badArguments_data()
+    // 2: bad arguments (nothing written), 1: no table, 3: an image failed.
+    void exitCodes_data()
     {
         QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("nothing") << QStringList();
-        QTest::newRow("unknown command") << QStringList{"grade"};
-        QTest::newRow("strength before lut") << QStringList{"apply", "--strength", "5", "a.png", "b.png"};
-        QTest::newRow("strength too high") << QStringList{"apply", "--lut", "x.cube", "--strength", "101", "a", "b.png"};
-        QTest::newRow("output format") << QStringList{"apply", "a.png", "b.bmp"};
-        QTest::newRow("no scene") << QStringList{"preset", "--top", "1", "--out-dir", "/tmp", "a.png"};
-        QTest::newRow("down 12") << QStringList{"preset", "--scene", "0", "--down", "12", "--out-dir", "/tmp", "a"};
-        QTest::newRow("unknown option") << QStringList{"preset", "--scene", "0", "--size", "3", "a.png"};
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("said");  // in standard error
+        const QString coffee = kSamples + "/coffee.png";
+        QTest::newRow("nothing") << QStringList() << 2 << QByteArray("usage:");
+        QTest::newRow("unknown command") << QStringList{"grade"} << 2 << QByteArray("melo-grade: ");
+        QTest::newRow("strength too high")
+            << QStringList{"apply", "--lut", "x.cube", "--strength", "101", "a", "b.png"} << 2 << QByteArray("melo-grade: ");
+        QTest::newRow("output format") << QStringList{"apply", "a.png", "b.bmp"} << 2 << QByteArray("melo-grade: ");
+        QTest::newRow("no scene") << QStringList{"preset", "--top", "1", "--out-dir", "/tmp", "a.png"} << 2
+                                  << QByteArray("melo-grade: ");
+        QTest::newRow("unknown option") << QStringList{"preset", "--scene", "0", "--size", "3", "a.png"} << 2
+                                        << QByteArray("melo-grade: ");
+        QTest::newRow("no table") << QStringList{"apply", "--lut", "/nonexistent/none.cube", coffee, m_dir.path() + "/x.png"}
+                                  << 1 << QByteArray();
+        QTest::newRow("no preset") << QStringList{"preset", "--scene", "0", "--top", "0", "--presets", m_dir.path(),
+                                                  "--out-dir", m_dir.path(), coffee} << 1 << QByteArray("no such preset");
+        QTest::newRow("unwritable") << QStringList{"apply", coffee, "/proc/melo/out.png"} << 3
+                                    << QByteArray("cannot write");
     }
-    void badArguments()
+    void exitCodes()
     {
         QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, said);
         const Run run = meloGrade(arguments);
-        QCOMPARE(run.exitCode, 2);
-        QVERIFY2(run.err.startsWith("melo-grade: ") || run.err.startsWith("usage:"), run.err.constData());
-        QVERIFY(run.out.isEmpty());
+        QTEST(run.exitCode, "exitCode");
+        QVERIFY2(run.err.contains(said), run.err.constData());
+        QVERIFY(run.exitCode != 2 || run.out.isEmpty());
     }
 
     void failuresDoNotStopTheBatch()
     {
         QTemporaryDir out;
-        writeFile(out.path() + "/broken.png", "not a picture");
+        QVERIFY(writeFileBytes(out.path() + "/broken.png", "not a picture"));
         const Run run = meloGrade({"preset", "--scene", "0", "--down", "0", "--presets", MELO_PRESET_DIR,
                                   "--out-dir", out.path() + "/graded", kSamples + "/coffee.png",
                                   out.path() + "/missing.png", out.path() + "/broken.png", kSamples + "/chelsea.png"});
@@ -153,17 +155,6 @@ private slots:
         QVERIFY(run.err.contains("broken.png: cannot read the image"));
         QVERIFY(QFileInfo(out.path() + "/graded/coffee.jpg").size() > 0);
         QVERIFY(QFileInfo(out.path() + "/graded/chelsea.jpg").size() > 0);
-
-        const Run unwritable = meloGrade({"apply", kSamples + "/coffee.png", "/proc/melo/out.png"});
-        QCOMPARE(unwritable.exitCode, 3);
-        QVERIFY(unwritable.err.contains("cannot write"));
-        const Run noLut = meloGrade({"apply", "--lut", out.path() + "/none.cube", kSamples + "/coffee.png",
-                                    out.path() + "/x.png"});
-        QCOMPARE(noLut.exitCode, 1);
-        const Run noPreset = meloGrade({"preset", "--scene", "0", "--top", "0", "--presets", out.path(), "--out-dir",
-                                       out.path(), kSamples + "/coffee.png"});
-        QCOMPARE(noPreset.exitCode, 1);
-        QVERIFY(noPreset.err.contains("no such preset"));
     }
 };
 

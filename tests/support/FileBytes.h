@@ -1,12 +1,24 @@
-// The whole content of a file, empty when it cannot be read.
+// Whole-file reads and writes for tests.
 #pragma once
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QString>
 
+// The whole content of a file, empty when it cannot be read.
 inline QByteArray fileBytes(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Writes bytes to path, creating its folder first; false on any error.
+inline bool writeFileBytes(const QString& path, const QByteArray& bytes, bool executable = false)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size()
+           && (!executable || file.setPermissions(file.permissions() | QFileDevice::ExeOwner));
 }

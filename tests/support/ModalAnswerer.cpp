@@ -7,6 +7,16 @@
 #include <QFileDialog>
 #include <QTest>
 
+namespace {
+void dismiss(QWidget* w)
+{
+    if (auto* dlg = qobject_cast<QDialog*>(w))
+        dlg->reject();
+    else
+        w->close();
+}
+} // namespace
+
 ModalAnswerer::ModalAnswerer(QObject* parent) : QObject(parent)
 {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
@@ -21,13 +31,10 @@ void ModalAnswerer::answer(QMessageBox::StandardButton button)
 {
     handle([button](QWidget* w) {
         auto* box = qobject_cast<QMessageBox*>(w);
-        if (box && box->button(button)) {
+        if (box && box->button(button))
             box->button(button)->click();
-        } else if (auto* dlg = qobject_cast<QDialog*>(w)) {
-            dlg->reject();
-        } else {
-            w->close();
-        }
+        else
+            dismiss(w);
     });
 }
 
@@ -40,12 +47,8 @@ void ModalAnswerer::chooseFile(const QString& path)
 {
     handle([path](QWidget* w) {
         auto* dlg = qobject_cast<QFileDialog*>(w);
-        if (!dlg) {
-            w->close();
-            return;
-        }
-        if (path.isEmpty()) {
-            dlg->reject();
+        if (!dlg || path.isEmpty()) {
+            dismiss(w);
             return;
         }
         // getExistingDirectory() runs the dialog in the older directory-only
@@ -83,12 +86,6 @@ bool ModalAnswerer::waitAllAnswered(int timeoutMs)
     return m_queue.isEmpty();
 }
 
-void ModalAnswerer::clear()
-{
-    m_queue.clear();
-    m_seen.clear();
-}
-
 void ModalAnswerer::poll()
 {
     QWidget* w = QApplication::activeModalWidget();
@@ -107,17 +104,7 @@ void ModalAnswerer::poll()
     seen.expected = !m_queue.isEmpty();
     m_seen.append(seen);
 
-    Handler handler;
-    if (!m_queue.isEmpty()) {
-        handler = m_queue.dequeue();
-    } else {
-        handler = [](QWidget* widget) {
-            if (auto* dlg = qobject_cast<QDialog*>(widget))
-                dlg->reject();
-            else
-                widget->close();
-        };
-    }
+    const Handler handler = m_queue.isEmpty() ? Handler(dismiss) : m_queue.dequeue();
     // Run outside the timer slot, inside the dialog's own event loop.
     QPointer<QWidget> target = w;
     QTimer::singleShot(0, this, [handler, target]() {

@@ -44,7 +44,6 @@ public:
     int unexpectedCount() const;
     // Waits until all queued answers were used (or the timeout passed).
     bool waitAllAnswered(int timeoutMs = 5000);
-    void clear();
 
 private:
     void poll();

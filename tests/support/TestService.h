@@ -1,7 +1,6 @@
 // Starts the stand-in web service (tools/melo-service) on free ports of
-// 127.0.0.1 for one test, waits until it answers, and stops it again. The
-// service quits by itself when the test process dies (its standard input
-// closes).
+// 127.0.0.1 for one test and stops it again; it also quits by itself when
+// the test process dies (its standard input closes).
 //
 //   TestService service;
 //   QVERIFY2(service.start(), qPrintable(service.errorString()));
@@ -21,7 +20,7 @@ class TestService
 public:
     using Params = QList<QPair<QString, QString>>;
     struct Reply {
-        int status = 0;      // 0 when the service could not be reached
+        int status = 0;  // 0 when the service could not be reached
         QByteArray body;
     };
 
@@ -30,27 +29,24 @@ public:
     TestService(const TestService&) = delete;
     TestService& operator=(const TestService&) = delete;
 
-    // Starts the service with these extra command-line options (e.g.
-    // "--newversion", "2.2.0.0") on free ports; true once it answers.
+    // Starts the service with extra options (e.g. "--newversion", "2.2.0.0");
+    // true once both ports listen.
     bool start(const QStringList& extraArguments = QStringList(), int timeoutMs = 15000);
     void stop();
-    bool isRunning() const;
     QString errorString() const { return m_error; }
 
-    int httpsPort() const { return m_httpsPort; }
-    int httpPort() const { return m_httpPort; }
-    QString httpsBase() const;                       // "https://127.0.0.1:<port>"
-    QString httpBase() const;                        // "http://127.0.0.1:<port>"
+    QString httpsBase() const { return QStringLiteral("https://127.0.0.1:%1").arg(m_httpsPort); }
+    QString httpBase() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_httpPort); }
     QString httpsUrl(const QString& pathAndQuery) const { return httpsBase() + pathAndQuery; }
     QString httpUrl(const QString& pathAndQuery) const { return httpBase() + pathAndQuery; }
 
     // Points the application's service addresses at this service.
     void exportEnvironment() const;
 
-    // Changes the client-init answer at run time (POST /test/config); the
-    // names are those of the command-line options without "--": newversion,
-    // init-code, init-body-raw, init-no-data (0/1), init-delay-ms. "reset"
-    // returns to the start-up values first.
+    // Changes the client-init answer at run time (POST /test/config); names
+    // as the command-line options without "--": newversion, init-code,
+    // init-body-raw, init-no-data (0/1), init-delay-ms. "reset" returns to
+    // the start-up values first.
     bool configure(const Params& params);
     bool reset() { return configure({{QStringLiteral("reset"), QStringLiteral("1")}}); }
 
@@ -62,13 +58,8 @@ public:
     static QByteArray generatedBody(qint64 bytes);
     // A port of 127.0.0.1 nothing listens on (connections are refused).
     static int unusedPort();
-    // The service executable in the build tree.
-    static QString executable();
 
 private:
-    bool readReadyLine(int timeoutMs);
-    bool waitUntilAnswering(int timeoutMs);
-
     QProcess m_process;
     int m_httpsPort = 0;
     int m_httpPort = 0;
