@@ -1,4 +1,4 @@
-// The account card: its texts, the picture, its buttons, and hiding when the
+// The account card: its texts, its buttons, and hiding when the
 // pointer leaves it (the real pointer, moved on the test's display).
 #include "GlobalConstants.h"
 #include "UrlRecorder.h"
@@ -14,7 +14,7 @@ class TestUserDialog : public QObject
 {
     Q_OBJECT
 private slots:
-    void textsAndPicture()
+    void texts()
     {
         UserDialog panel(nullptr, QString(), QString());
         auto* count = panel.findChild<QLabel*>("numLabel");
@@ -23,14 +23,6 @@ private slots:
         QCOMPARE(panel.findChild<QLabel*>("nameLabel")->text(), QStringLiteral("小明"));
         panel.setUserInfo(QStringLiteral("小明"), QString());
         QCOMPARE(count->text(), QStringLiteral("修图卷:"));
-
-        // Scaled into the 50 x 50 label, aspect kept; a bad file keeps it.
-        auto* face = panel.findChild<QLabel*>("faceLabel");
-        QVERIFY(panel.setUserPicture(QStringLiteral(MELO_SAMPLES_DIR "/chelsea.png")));  // 451 x 300
-        QCOMPARE(face->pixmap(Qt::ReturnByValue).size(), QSize(50, 33));
-        QVERIFY(!panel.setUserPicture(QStringLiteral(MELO_SAMPLES_DIR "/truncated.jpg.missing")));
-        QVERIFY(!panel.setUserPicture(QString()));
-        QCOMPARE(face->pixmap(Qt::ReturnByValue).size(), QSize(50, 33));
     }
 
     void buttons_data()

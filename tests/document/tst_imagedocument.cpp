@@ -7,7 +7,6 @@
 #include "SettingsStore.h"
 
 #include <QBuffer>
-#include <QCoreApplication>
 #include <QDir>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -83,17 +82,6 @@ private slots:
         QFETCH(QString, path);
         QTEST(recogniseScene(path, -7), "scene");
         QTEST(tempFilePathFor("C//Cache//", path), "temp");
-    }
-
-    void cacheDirectoryFollowsInstallLocation()
-    {
-        removeSettingValue(kProductKey, kProductName);
-        writeSettingValue(kProductKey, kInstallLocation, "/opt/melo");
-        QCOMPARE(cacheDirectory(), QStringLiteral("/opt/melo//Cache//"));
-        QCOMPARE(readSettingValue(kProductKey, kProductName), QString());
-        removeSettingValue(kProductKey, kInstallLocation);
-        QCOMPARE(cacheDirectory(), QString());
-        QCOMPARE(readSettingValue(kProductKey, kProductName), QCoreApplication::applicationDirPath());
     }
 
     void openFile_data()
@@ -294,17 +282,6 @@ private slots:
         QCOMPARE(fileBytes(dir.filePath("r.jpg")), QByteArray(reinterpret_cast<const char*>(plain.data()), int(plain.size())));
         writeSettingFile(record(dir.path(), "p", "PNG"), image, source);
         QVERIFY(!fileBytes(dir.filePath("p.png")).contains("Exif"));
-    }
-
-    void tempSaveIntoCache()
-    {
-        QTemporaryDir dir;
-        writeSettingValue(kProductKey, kInstallLocation, dir.path());
-        ImageDocument doc;
-        QVERIFY(doc.openAdjustment(sample("rocket.jpg")));
-        QVERIFY(!doc.saveTempFile(QString()) && !doc.saveTempFile("D:/x/photo.name.jpg"));  // no cache folder
-        QVERIFY(QDir(dir.path()).mkdir("Cache") && doc.saveTempFile("D:/x/photo.name.jpg"));
-        QCOMPARE(readBack(dir.filePath("Cache/photo.name.jpg")).size(), doc.m_dstMat.size());
     }
 };
 

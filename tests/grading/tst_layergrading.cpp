@@ -1,4 +1,4 @@
-// Three-layer grading: order, blending, file numbers and the guards.
+// Three-layer grading: blending, regrades through the memo, the guards.
 #include "GradingTestSupport.h"
 #include "LayerGrading.h"
 #include "LutApply.h"
@@ -39,27 +39,6 @@ private slots:
             QCOMPARE(blendLayer(base, lut, strength).at<cv::Vec3b>(1, 1), cv::Vec3b::all(uchar(expected)));
             QCOMPARE(blendLayer(white, white, strength).at<cv::Vec3b>(0, 0), cv::Vec3b::all(255));
         }
-    }
-
-    // Top 2 and down 5 of scene 1 are files 2 and 13, the second laid over the
-    // blended first.
-    void layersApplyInOrder()
-    {
-        const cv::Mat base = photo();
-        const LayerSelection selection{{2, -1, 5}, {60, 10, 85}};  // no mid layer: its strength is unused
-        const LayerGradeResult result = gradeLayers(base, 1, selection, kLibrary);
-
-        const cv::Mat first = blendLayer(base, applyPreset(base, 1, 2), 60);
-        const cv::Mat secondLut = applyPreset(first, 1, 13);
-        QVERIFY(result.graded);
-        QVERIFY(sameImage(result.lastLutOutput, secondLut));
-        QVERIFY(sameImage(result.image, blendLayer(first, secondLut, 85)));
-        // The files are found where the editor looks for them.
-        QCOMPARE(presetFilePath(1, 13), QDir::tempPath() + "/MELO/1/13.CUBE");
-
-        const LayerGradeResult nothing = gradeLayers(base, 1, LayerSelection(), kLibrary);
-        QVERIFY(!nothing.graded);
-        QCOMPARE(nothing.image.data, base.data);
     }
 
     // Regrades through a memo give the fresh results, reusing what did not

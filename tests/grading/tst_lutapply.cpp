@@ -1,5 +1,5 @@
 // Applying LUT files: the fast paths give the plain arithmetic's bytes for
-// every 8-bit colour, and applyLutFile's dispatch, guards and cache.
+// every 8-bit colour, and applyLutFile's dispatch and guards.
 #include "GradingTestSupport.h"
 #include "LutApply.h"
 #include "LutCache.h"
@@ -11,7 +11,6 @@
 #include <QTest>
 
 #include <cmath>
-#include <thread>
 
 Q_DECLARE_METATYPE(LutPath)
 
@@ -95,20 +94,6 @@ private slots:
         // A region: rows not contiguous, widths not whole batches of pixels.
         const cv::Rect region(3, 5, 1021, 77);
         QVERIFY(sameImage(applyWithPath(path, m_everyColour(region), file), expected(region)));
-    }
-
-    // An identity of size 2 gives every colour back, except that the sums'
-    // rounding and the truncation lower some channels by one level.
-    void identityTruncates()
-    {
-        const cv::Mat out = applyLutFile(m_everyColour, table("identity.cube", cubeText(2, identity)));
-        cv::Mat lowered;
-        cv::subtract(m_everyColour, out, lowered, cv::noArray(), CV_16SC3);
-        double least = 0, most = 0;
-        cv::minMaxLoc(lowered.reshape(1), &least, &most);
-        QVERIFY(least == 0.0 && most == 1.0);
-        for (int v = 0; v < 256; ++v)  // greys come back unchanged
-            QCOMPARE(out.at<cv::Vec3b>(v * 0x010101 / 4096, v * 0x010101 % 4096), cv::Vec3b(v, v, v));
     }
 
     void outputsAreClipped_data()
@@ -195,31 +180,6 @@ private slots:
             QVERIFY(out.type() == CV_8UC3 && sameImage(out, applyLutFile(bgr, file)));
             QVERIFY(sameImage(out, applyLutFileReference(image, file)));
         }
-    }
-
-    void cacheFollowsTheFile()
-    {
-        clearLutCache();
-        const QByteArray path = table("cached.cube", cubeText(2, identity));
-        const auto first = loadLutCached(path.toStdString());
-        QVERIFY(first);
-        QCOMPARE(loadLutCached(path.toStdString()).get(), first.get());
-
-        // Same size, new content and time: read again.
-        QByteArray changed = cubeText(2, [](float r, float g, float b) { return LutRgb{g, b, r}; });
-        QCOMPARE(changed.size(), cubeText(2, identity).size());
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        QVERIFY(writeFileBytes(path, changed));
-        const auto second = loadLutCached(path.toStdString());
-        QVERIFY(second && second.get() != first.get());
-        QCOMPARE(second->grid[4 * 1], 0.0f);  // entry (0, 0, 1): green = blue input = 1
-        QCOMPARE(second->grid[4 * 1 + 1], 1.0f);
-
-        // Failures are not cached: the reader speaks every time.
-        const QByteArray bad = table("bad.cube", "LUT_3D_SIZE 70\n");
-        for (int i = 0; i < 2; ++i)
-            QCOMPARE(captureStdout([&] { QVERIFY(!loadLutCached(bad.toStdString())); }),
-                     QByteArray("Too large or invalid 3D LUT size\n"));
     }
 };
 

@@ -1,19 +1,8 @@
-// The smart recommendation's draw and history, without a window; and the
-// worker object blending layers on a thread of its own.
-#include "GradingTestSupport.h"
-#include "GlobalConstants.h"
-#include "LayerGrading.h"
-#include "MyThread.h"
+// The smart recommendation's draw and history, without a window.
 #include "SmartDraw.h"
 
 #include <QProcess>
-#include <QScopeGuard>
-#include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
-
-#include <opencv2/imgcodecs.hpp>
 
 #include <cstdlib>
 
@@ -107,54 +96,6 @@ private slots:
         const QString first = pickText(smart.draw());
         const QString second = pickText(smart.draw());
         QCOMPARE(runs.at(0), first + '\n' + second + '\n');
-    }
-
-    // The worker: layer 0 blends the file's image over the base, layer n over
-    // layer n - 1; a missing previous layer, a layer number out of range and
-    // work after Stop() are dropped without a reply.
-    void worker()
-    {
-        QTemporaryDir dir;
-        const cv::Mat base(40, 60, CV_8UC3, cv::Scalar(10, 100, 200));
-        const cv::Mat graded(40, 60, CV_8UC3, cv::Scalar(200, 50, 0));
-        const QByteArray file = (dir.path() + "/layer.png").toLocal8Bit();
-        QVERIFY(cv::imwrite(file.constData(), graded));
-        char* path = const_cast<char*>(file.constData());
-
-        QThread thread;
-        auto* worker = new MyThread;
-        worker->moveToThread(&thread);
-        connect(&thread, &QThread::finished, worker, &QObject::deleteLater);
-        thread.start();
-        const auto join = qScopeGuard([&thread] {
-            thread.quit();
-            thread.wait();
-        });
-        QSignalSpy results(worker, &MyThread::send_Thread_msg);
-        auto send = [&](const cv::Mat& mat, int value, int num) {
-            QMetaObject::invokeMethod(worker, "startThreadSlot", Qt::QueuedConnection, Q_ARG(cv::Mat, mat),
-                                      Q_ARG(char*, path), Q_ARG(int, value), Q_ARG(int, num));
-        };
-
-        send(base, 40, 3);   // layer 2 never computed
-        send(base, 40, 8);   // no such layer
-        send(base, 40, 0);
-        // Work is handled in order: once the reply is there, the two before
-        // it were dropped.
-        QTRY_COMPARE(results.count(), 1);
-        const cv::Mat layer0 = results.at(0).at(0).value<cv::Mat>();
-        QVERIFY(sameImage(layer0, blendLayer(base, graded, 40)));
-
-        send(cv::Mat(), 25, 1);   // layer 1 lies over layer 0, not over the (empty) argument
-        QTRY_COMPARE(results.count(), 2);
-        QVERIFY(sameImage(results.at(1).at(0).value<cv::Mat>(), blendLayer(layer0, graded, 25)));
-
-        QMetaObject::invokeMethod(worker, "Stop", Qt::QueuedConnection);
-        send(base, 40, 0);
-        QMetaObject::invokeMethod(worker, "Start", Qt::QueuedConnection);
-        send(base, 70, 0);
-        QTRY_COMPARE(results.count(), 3);
-        QVERIFY(sameImage(results.at(2).at(0).value<cv::Mat>(), blendLayer(base, graded, 70)));
     }
 };
 

@@ -2,13 +2,10 @@
 #include "Easy_request.h"
 #include "StdoutCapture.h"
 #include "TestService.h"
-#include "filedownload.h"
-#include "netrunable.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QThreadPool>
 #include <QtTest>
 
 #include <atomic>
@@ -89,18 +86,6 @@ private slots:
         QCOMPARE(finished.at(0).at(1).toBool(), ok);
     }
 
-    void cookieAndHeaderLinesAreSent()
-    {
-        Easy_request request;
-        Network::net_request req = makeRequest(m_service.httpUrl("/test/headers"));
-        req.cookie = "token=abc; channel=local";
-        req.headers = {"X-Melo-First: 1", "X-Melo-Second: two"};
-        QVERIFY(request.request(&req));
-        const QByteArray seen = bufferOf(request);
-        for (const char* line : {"Cookie: token=abc; channel=local\n", "X-Melo-First: 1\n", "X-Melo-Second: two\n"})
-            QVERIFY2(seen.contains(line), seen.constData());
-    }
-
     void failedHandleCreationIsRetried()
     {
         Easy_request request;
@@ -116,32 +101,6 @@ private slots:
         QVERIFY(request.request(&req));
         QCOMPARE(bufferOf(request), QByteArray("pong"));
         QCOMPARE(finished.count(), 2);
-    }
-
-    // Progress and the end of a download run on a pool thread reach this
-    // thread as queued signals, progress rising to 1.
-    void signalsReachTheGuiThread()
-    {
-        auto download = QSharedPointer<filedownload>::create();
-        auto req = QSharedPointer<Network::net_request>::create(
-            makeRequest(m_service.httpUrl("/test/large?bytes=400000&ms=400")));
-        QList<float> fractions;
-        int finished = 0;
-        bool onGuiThread = true;
-        connect(download.data(), &filedownload::slot_progress, this, [&](filedownload* fd, float fraction) {
-            onGuiThread = onGuiThread && QThread::currentThread() == thread() && fd == download.data();
-            fractions << fraction;
-        });
-        connect(download.data(), &Easy_request::slot_request_finish, this, [&](Easy_request* r, bool ok) {
-            onGuiThread = onGuiThread && QThread::currentThread() == thread() && r == download.data();
-            finished += ok;
-        });
-        QThreadPool::globalInstance()->start(new netrunable(download, req));
-        QTRY_COMPARE_WITH_TIMEOUT(finished, 1, 10000);
-        QVERIFY(onGuiThread);
-        QCOMPARE(bufferOf(*download), TestService::generatedBody(400000));
-        QVERIFY(fractions.size() >= 2 && fractions.first() >= 0.0f && fractions.last() == 1.0f);
-        QVERIFY(std::is_sorted(fractions.begin(), fractions.end()));
     }
 
 private:
