@@ -88,16 +88,6 @@ private slots:
         // Closed at once; the decorative progress bar goes with it.
         QVERIFY(!d->isVisible() && !d->findChild<QProgressBar*>()->isVisible());
     }
-
-    void nonInteractivePressesOkAtConstruction()
-    {
-        writeSettingValue(kProductKey, kDownLoadPath, "/srv/photos/");
-        QScopedPointer<SaveDialog> d(makeDialog("/p/IMG_2.png", false));
-        // Nobody can listen yet; the record is what OK built and emitted.
-        const setting& st = d->lastSetting();
-        QVERIFY(st.interactive == 0 && st.savePath == "/srv/photos/" && st.saveName == "IMG_2");
-        QVERIFY(!d->findChild<QProgressBar*>()->isHidden() && !d->isVisible());
-    }
 };
 
 QTEST_MAIN(TestSaveDialog)

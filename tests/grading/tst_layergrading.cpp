@@ -29,18 +29,6 @@ class TestLayerGrading : public QObject
 {
     Q_OBJECT
 private slots:
-    // For base 100 and LUT output 200 the blend gives one level more than the
-    // weighted mean, saturating at white.
-    void blendKeepsTheExtraLevel()
-    {
-        const cv::Mat base(2, 2, CV_8UC3, cv::Scalar::all(100)), lut(2, 2, CV_8UC3, cv::Scalar::all(200));
-        const cv::Mat white(2, 2, CV_8UC3, cv::Scalar::all(255));
-        for (const auto& [strength, expected] : {std::pair{0, 101}, {100, 201}, {35, 136}}) {
-            QCOMPARE(blendLayer(base, lut, strength).at<cv::Vec3b>(1, 1), cv::Vec3b::all(uchar(expected)));
-            QCOMPARE(blendLayer(white, white, strength).at<cv::Vec3b>(0, 0), cv::Vec3b::all(255));
-        }
-    }
-
     // Regrades through a memo give the fresh results, reusing what did not
     // change: moving a strength re-blends without applying the LUT again.
     void memoRegradesOnlyWhatChanged()

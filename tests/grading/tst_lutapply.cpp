@@ -2,7 +2,6 @@
 // every 8-bit colour, and applyLutFile's dispatch and guards.
 #include "GradingTestSupport.h"
 #include "LutApply.h"
-#include "LutCache.h"
 #include "LutKernel.h"
 
 #include <opencv2/imgproc.hpp>
@@ -15,6 +14,8 @@
 Q_DECLARE_METATYPE(LutPath)
 
 namespace {
+
+const int kGraded = -1, kUnchanged = -2;
 
 LutRgb identity(float r, float g, float b) { return {r, g, b}; }
 
@@ -96,64 +97,51 @@ private slots:
         QVERIFY(sameImage(applyWithPath(path, m_everyColour(region), file), expected(region)));
     }
 
-    void outputsAreClipped_data()
+    // What applying a file gives on every path and in the plain arithmetic
+    // alike; the input stays untouched and the result is an image of its own.
+    void files_data()
     {
-        QTest::addColumn<QByteArray>("entry");
-        QTest::addColumn<int>("expected");
-        QTest::newRow("above 1") << QByteArray("1.5 7 1e30") << 255;
-        QTest::newRow("below 0") << QByteArray("-0.5 -7 -1e30") << 0;
-        QTest::newRow("not a number") << QByteArray("nan nan nan") << 0;
-    }
-    void outputsAreClipped()
-    {
-        QFETCH(QByteArray, entry);
-        QFETCH(int, expected);
-        const QByteArray file = table("flat.cube", "LUT_3D_SIZE 2\n" + (entry + "\n").repeated(8));
-        cv::Mat image(2, 37, CV_8UC3);
-        cv::randu(image, 0, 256);
-        for (LutPath path : {LutPath::Portable, LutPath::Avx2, LutPath::Avx512}) {
-            clearLutCache();
-            const cv::Mat out = applyWithPath(path, image, file);
-            QCOMPARE(cv::countNonZero(out.reshape(1) != expected), 0);
-            QVERIFY(sameImage(out, applyLutFileReference(image, file.constData())));
-        }
-    }
-
-    void dispatchAndGuards_data()
-    {
-        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("name");  // empty: no such file
         QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<bool>("graded");
+        QTest::addColumn<int>("result");  // kGraded, kUnchanged or the level of every channel
         QTest::addColumn<QByteArray>("printed");
         const QByteArray invert = cubeText(2, [](float r, float g, float b) { return LutRgb{1 - r, 1 - g, 1 - b}; });
-        QTest::newRow("upper case") << "a.CUBE" << invert << true << QByteArray();
-        QTest::newRow("mixed case") << "a.Cube" << invert << true << QByteArray();
-        QTest::newRow("backup name") << "a.cube.bak" << invert << false
+        const auto flat = [](const char* entry) { return "LUT_3D_SIZE 2\n" + (QByteArray(entry) + "\n").repeated(8); };
+        QTest::newRow("mixed case") << "a.Cube" << invert << kGraded << QByteArray();
+        QTest::newRow("backup name") << "a.cube.bak" << invert << kUnchanged
                                      << QByteArray("Unrecognized '.bak' file type\n");
-        QTest::newRow("no extension") << "cube" << invert << false
+        QTest::newRow("no extension") << "cube" << invert << kUnchanged
                                       << QByteArray("Unable to guess the format from the extension\n");
-        QTest::newRow("reader fails") << "a.cube" << QByteArray("LUT_3D_SIZE 65\n") << false
+        QTest::newRow("reader fails") << "a.cube" << QByteArray("LUT_3D_SIZE 65\n") << kUnchanged
                                       << QByteArray("Too large or invalid 3D LUT size\n");
-        QTest::newRow("missing file") << "" << QByteArray() << false << QByteArray();
+        QTest::newRow("missing file") << "" << QByteArray() << kUnchanged << QByteArray();
+        QTest::newRow("above 1") << "a.cube" << flat("1.5 7 1e30") << 255 << QByteArray();
+        QTest::newRow("below 0") << "a.cube" << flat("-0.5 -7 -1e30") << 0 << QByteArray();
+        QTest::newRow("not a number") << "a.cube" << flat("nan nan nan") << 0 << QByteArray();
     }
-    void dispatchAndGuards()
+    void files()
     {
         QFETCH(QString, name);
         QFETCH(QByteArray, content);
-        QFETCH(bool, graded);
-        QFETCH(QByteArray, printed);
+        QFETCH(int, result);
         QTemporaryDir dir;
-        const QByteArray path = (dir.path() + "/" + (name.isEmpty() ? "absent.cube" : name)).toLocal8Bit();
-        if (!name.isEmpty())
-            QVERIFY(writeFileBytes(path, content));
-        cv::Mat image(3, 5, CV_8UC3, cv::Scalar(10, 20, 30));
+        const QByteArray file = (dir.path() + "/" + (name.isEmpty() ? "absent.cube" : name)).toLocal8Bit();
+        QVERIFY(name.isEmpty() || writeFileBytes(file, content));
+        cv::Mat image(2, 37, CV_8UC3);
+        cv::randu(image, 0, 256);
         const cv::Mat before = image.clone();
-        for (auto apply : {applyLutFile, applyLutFileReference}) {
+        for (int path = 0; path < 4; ++path) {
             cv::Mat out;
-            QCOMPARE(captureStdout([&] { out = apply(image, path.constData()); }), printed);
-            QVERIFY(sameImage(image, before));
-            QCOMPARE(out.data != image.data, true);
-            QCOMPARE(sameImage(out, image), !graded);
+            QTEST(captureStdout([&] {
+                      out = path < 3 ? applyWithPath(LutPath(path), image, file)
+                                     : applyLutFileReference(image, file.constData());
+                  }),
+                  "printed");
+            QVERIFY(sameImage(image, before) && out.data != image.data);
+            if (result >= 0)
+                QCOMPARE(cv::countNonZero(out.reshape(1) != result), 0);
+            else
+                QCOMPARE(sameImage(out, image), result == kUnchanged);
         }
     }
 

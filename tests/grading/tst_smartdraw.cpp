@@ -6,8 +6,6 @@
 
 #include <cstdlib>
 
-Q_DECLARE_METATYPE(RandomPick)
-
 namespace {
 
 // A generator that hands out the given numbers in order.
@@ -29,31 +27,6 @@ class TestSmartDraw : public QObject
     Q_OBJECT
 
 private slots:
-    // Coins decide field by field; a scene without a new value keeps the
-    // previous one (-1 before any), a layer without one is -1.
-    void draw_data()
-    {
-        QTest::addColumn<QVector<int>>("numbers");
-        QTest::addColumn<RandomPick>("first");
-        QTest::addColumn<RandomPick>("second");
-        QTest::newRow("all picked, values taken modulo")
-            << QVector<int>{1, 13, 3, 7, 5, 2, 9, 25, /* second */ 0, 0, 0, 1, 30}
-            << RandomPick{1, 3, 2, 1} << RandomPick{1, -1, -1, 6};
-        QTest::newRow("no scene before the first success")
-            << QVector<int>{0, 1, 5, 0, 0, /* second */ 1, 11, 0, 0, 0}
-            << RandomPick{-1, 1, -1, -1} << RandomPick{5, -1, -1, -1};
-    }
-    void draw()
-    {
-        QFETCH(QVector<int>, numbers);
-        QFETCH(RandomPick, first);
-        QFETCH(RandomPick, second);
-        SmartDraw smart(scripted(numbers));
-        QCOMPARE(pickText(smart.draw()), pickText(first));
-        QCOMPARE(pickText(smart.draw()), pickText(second));
-        QCOMPARE(smart.history(), (QVector<RandomPick>{first, second}));
-    }
-
     // The history keeps the newest six; a repeated pick is appended again
     // and stepping starts from its first occurrence.
     void history()

@@ -124,7 +124,6 @@ private slots:
         QTest::addColumn<bool>("homeShown");
         QTest::newRow("index") << "index" << true;
         QTest::newRow("Index") << "Index" << false;
-        QTest::newRow("gallery") << "gallery" << false;
     }
     void changeWebView()
     {

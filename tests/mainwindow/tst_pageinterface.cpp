@@ -1,5 +1,4 @@
-// What the pages may hand over: user ids, jump addresses and download
-// requests (addresses and file names, single or joined with "|").
+// What the pages may hand over: jump addresses and download requests (addresses and file names, single or joined with "|").
 #include "GlobalConstants.h"
 #include "PageInterface.h"
 
@@ -11,22 +10,6 @@ class TestPageInterface : public QObject
 {
     Q_OBJECT
 private slots:
-    void userId_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("id");
-        QTest::newRow("number") << "10086" << 10086;
-        QTest::newRow("empty") << "" << 0;
-        QTest::newRow("trailing letters") << "12abc" << 0;
-        QTest::newRow("beyond 32 bits") << "4294967296" << 0;
-        QTest::newRow("very long") << QString(100000, QLatin1Char('9')) << 0;
-    }
-    void userId()
-    {
-        QFETCH(QString, text);
-        QTEST(userIdFromPage(text), "id");
-    }
-
     void webAddress_data()
     {
         QTest::addColumn<QString>("text");

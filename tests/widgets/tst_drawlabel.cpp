@@ -60,7 +60,6 @@ private slots:
         QTest::newRow("free inside") << 0 << 1 << 1 << int(Qt::SizeAllCursor);
         QTest::newRow("free top-left") << 0 << 0 << 0 << int(Qt::SizeFDiagCursor);
         QTest::newRow("free right") << 0 << 2 << 1 << int(Qt::SizeHorCursor);
-        QTest::newRow("free bottom-left") << 0 << 0 << 2 << int(Qt::SizeBDiagCursor);
         QTest::newRow("16:9 bottom-right") << 5 << 2 << 2 << int(Qt::SizeFDiagCursor);
         QTest::newRow("16:9 bottom") << 5 << 1 << 2 << int(Qt::ArrowCursor);
     }
