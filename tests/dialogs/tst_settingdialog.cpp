@@ -52,7 +52,6 @@ private slots:
         QTest::addColumn<int>("page");
         QTest::addColumn<bool>("exitChecked");
         QTest::newRow("absent") << "-" << int(SettingDialog::SettingsPage) << false;
-        QTest::newRow("1, settings") << "1" << int(SettingDialog::SettingsPage) << true;
         QTest::newRow("1, close choice") << "1" << int(SettingDialog::CloseChoicePage) << true;
         QTest::newRow("other value") << "2" << int(SettingDialog::CloseChoicePage) << false;
     }

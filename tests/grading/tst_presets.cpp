@@ -166,9 +166,8 @@ private slots:
     {
         QTemporaryDir dir;
         QByteArray said;
-        for (const QStringList& refused :
-             {QStringList{"l", MELO_PRESET_ARCHIVE}, QStringList{"l", "-pvmk", MELO_PRESET_ARCHIVE},
-              QStringList{"x", "-y", "-pvmk", "-o" + dir.path(), MELO_PRESET_ARCHIVE}}) {
+        for (const QStringList& refused : {QStringList{"l", "-pvmk", MELO_PRESET_ARCHIVE},
+                                           QStringList{"x", "-y", "-pvmk", "-o" + dir.path(), MELO_PRESET_ARCHIVE}}) {
             QVERIFY(sevenZip(refused, said) != 0);
             QVERIFY2(!said.contains(".CUBE"), said.constData());
         }

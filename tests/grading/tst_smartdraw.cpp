@@ -42,14 +42,10 @@ private slots:
         QCOMPARE(smart.history().first().scene, 1);                    // draw 0 dropped
         QCOMPARE(smart.pick(), (RandomPick{1, 1, -1, -1}));            // equal to history[0]
         QCOMPARE(smart.stepBack(), SmartDraw::Step::AtEnd);            // found at 0, not at 5
-        QCOMPARE(smart.stepForward(), SmartDraw::Step::Moved);
-        QCOMPARE(smart.pick().scene, 2);
-        QCOMPARE(smart.stepBack(), SmartDraw::Step::Moved);
-        QCOMPARE(smart.pick().scene, 1);
-
+        QVERIFY(smart.stepForward() == SmartDraw::Step::Moved && smart.pick().scene == 2);
+        QVERIFY(smart.stepBack() == SmartDraw::Step::Moved && smart.pick().scene == 1);
         SmartDraw empty;
-        QCOMPARE(empty.stepForward(), SmartDraw::Step::NotFound);
-        QCOMPARE(empty.stepBack(), SmartDraw::Step::NotFound);
+        QVERIFY(empty.stepForward() == SmartDraw::Step::NotFound && empty.stepBack() == SmartDraw::Step::NotFound);
     }
 
     // The generator is the C library's, never seeded: every fresh process

@@ -126,8 +126,8 @@ private slots:
         for (const char* view : {"myWidget", "webEngineView", "webEngineView2"})
             QVERIFY2(widget(view)->isVisible() == (shown == view), view);
         QCOMPARE(widget("addImageBtn")->isVisible(), shown == "myWidget" && action != "return");
-        QVERIFY(titleButton(checked)->isChecked());
-        QVERIFY(!titleButton(checked == "cloudBtn" ? "repairBtn" : "cloudBtn")->isChecked());
+        const char* other = checked == "cloudBtn" ? "repairBtn" : "cloudBtn";
+        QVERIFY(titleButton(checked)->isChecked() && !titleButton(other)->isChecked());
     }
 
     // Opens maximised on the home page; restore (then maximise) lay out the
@@ -204,7 +204,7 @@ private slots:
         m_window->onActivated(QSystemTrayIcon::Trigger);
         QVERIFY(!m_window->isMinimized());
         m_window->closeToWindows();
-        QVERIFY(m_window->isVisible());
+        QVERIFY(m_window->isVisible());  // hidden a moment later
         QTRY_VERIFY_WITH_TIMEOUT(!m_window->isVisible(), 2000);
     }
 

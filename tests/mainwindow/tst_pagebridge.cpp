@@ -70,37 +70,30 @@ private slots:
         auto* loginBtn = widget<QPushButton>("loginBtn");
         auto* userFrame = widget<QFrame>("userFrame");
         QVERIFY(!userFrame->isVisible());
-
         loginBtn->click();  // "toLogin()" in both pages
         const QString cardOpen = QStringLiteral("document.getElementById('loginLayer').classList.contains('open')");
-        QVERIFY(js(gallery(), cardOpen).toBool());
-        QVERIFY(js(home(), cardOpen).toBool());
+        QVERIFY(js(gallery(), cardOpen).toBool() && js(home(), cardOpen).toBool());
         js(home(), QStringLiteral("document.getElementById('loginName').value = '小明';"
                                   "document.getElementById('loginPassword').value = 'secret';"
                                   "document.getElementById('loginSubmit').click()"));
-        QTRY_VERIFY(userFrame->isVisible());
-        QVERIFY(!loginBtn->isVisible());
+        QTRY_VERIFY(userFrame->isVisible() && !loginBtn->isVisible());
         QCOMPARE(widget<QLabel>("userNameLabel")->text(), QStringLiteral("小明"));
-        QCOMPARE(panel()->findChild<QLabel*>("nameLabel")->text(), QStringLiteral("小明"));
         QCOMPARE(panel()->findChild<QLabel*>("numLabel")->text(), QStringLiteral("修图卷:12"));
         const int id = js(home(), QStringLiteral("Number(Melo.currentUser().id)")).toInt();
-        QVERIFY(id > 0);
-        QCOMPARE(PageInterface::currentUserId(), id);
+        QVERIFY(id > 0 && PageInterface::currentUserId() == id);
 
         // The avatar is fetched silently into the install folder and shown.
         auto* face = widget<QLabel>("userFaceLabel");
         QTRY_VERIFY_WITH_TIMEOUT(!face->pixmap(Qt::ReturnByValue).isNull(), kPageTimeoutMs);
         const QString avatarPath = m_dir.filePath(QStringLiteral("install/MELO.jpg"));
         QCOMPARE(fileBytes(avatarPath), m_service.request("GET", "/avatar.jpg").body);
-        // The gallery follows the login made in the home page.
         QTRY_VERIFY(js(gallery(), QStringLiteral("document.body.dataset.login === 'in' && !") + cardOpen).toBool());
 
         // Logging out in a page reports four empty texts: the login button
         // returns, the user id stays, both pages reload.
         QSignalSpy homeLoads(home(), &QWebEngineView::loadFinished);
         js(gallery(), QStringLiteral("document.getElementById('pageLogout').click()"));
-        QTRY_VERIFY(loginBtn->isVisible());
-        QVERIFY(!userFrame->isVisible());
+        QTRY_VERIFY(loginBtn->isVisible() && !userFrame->isVisible());
         QCOMPARE(PageInterface::currentUserId(), id);
         QVERIFY(homeLoads.wait(kPageTimeoutMs));
         QTRY_VERIFY_WITH_TIMEOUT(PageWindow::connected(home()), kPageTimeoutMs);
@@ -111,9 +104,7 @@ private slots:
         m_win.window().clickedShowUserInfo();
         QVERIFY(panel()->isVisible());
         panel()->findChild<QPushButton*>("quitBtn")->click();
-        QVERIFY(!panel()->isVisible());
-        QVERIFY(loginBtn->isVisible());
-        QVERIFY(!userFrame->isVisible());
+        QVERIFY(!panel()->isVisible() && loginBtn->isVisible() && !userFrame->isVisible());
         QCOMPARE(js(home(), QStringLiteral("document.body.dataset.login + ':' + localStorage.length")).toString(),
                  QStringLiteral("out:0"));
     }
@@ -148,7 +139,6 @@ private slots:
         QTest::addColumn<QString>("version");
         QTest::addColumn<QString>("lastVersion");
         QTest::newRow("updated") << "2.0.0.0" << "1.0.0.0";
-        QTest::newRow("first start") << "2.0.0.0" << "";
         QTest::newRow("same version") << "2.0.0.0" << "2.0.0.0";
     }
     void releaseNotes()
@@ -156,8 +146,7 @@ private slots:
         QFETCH(QString, version);
         QFETCH(QString, lastVersion);
         writeSettingValue(kProductKey, kDisplayVersion, version);
-        if (!lastVersion.isEmpty())
-            writeSettingValue(kProductKey, kLastTimeVersion, lastVersion);
+        writeSettingValue(kProductKey, kLastTimeVersion, lastVersion);
         QVERIFY(m_win.open());
         const QString noteState = QStringLiteral(
             "document.getElementById('note').hidden ? '' : document.getElementById('noteVersion').textContent");
@@ -203,7 +192,6 @@ private slots:
             js(gallery(), PageWindow::clickOnCard(QStringLiteral("风光_rocket.jpg"), "keep"));
         else
             widget<QPushButton>("openDownLoadBtn")->click();
-        QCOMPARE(answerer.pending(), 0);
         if (notice.isEmpty()) {
             QTRY_COMPARE_WITH_TIMEOUT(files.urls, QList<QUrl>({QUrl::fromLocalFile(stored)}), kPageTimeoutMs);
         } else {
@@ -211,7 +199,7 @@ private slots:
             QCOMPARE(answerer.seen().at(1).className, QStringLiteral("SettingDialog"));
             QVERIFY(files.urls.isEmpty());
         }
-        QCOMPARE(answerer.unexpectedCount(), 0);
+        QVERIFY(answerer.pending() == 0 && answerer.unexpectedCount() == 0);
         if (card)
             QCOMPARE(fileBytes(stored + QStringLiteral("风光_rocket.jpg")),
                      fileBytes(QStringLiteral(MELO_SAMPLES_DIR "/rocket.jpg")));
@@ -232,15 +220,15 @@ private slots:
             "clickedMaxBtn", "clickedFullPageBtn", "clickedNormalBtn", "clickedDisFullPageBtn", "clickedCloseBtn",
             "onMinSystemTray", "closeToWindows", "timerTimeoutToClose", "onActivated", "clickedHelpBtn",
             "clickedHomePageBtn", "clickedSettingBtn", "clickedShowAppBtn", "deleteLater",
-            // helpers of the channel's own script
             "propertyUpdate", "signalEmitted", "unwrapProperties", "unwrapQObject"};
         expected.sort();
         QCOMPARE(methods.join(" "), expected.join(" "));
 
         UrlRecorder files({QStringLiteral("file")});
-        UrlRecorder webs({QStringLiteral("http")});
+        UrlRecorder webs({QStringLiteral("http"), QStringLiteral("javascript")});
         ModalAnswerer answerer;  // nothing may ask anything
-        for (const char* slot : {"recieveJsToJumpUrl", "recieveJsMessageUser", "recieveJsMessageAdjustment", "onActivated"})
+        for (const char* slot : {"recieveJsToJumpUrl", "recieveJsToJumpUrl", "recieveJsMessageUser", "recieveJsMessage",
+                                 "recieveJsMessageAdjustment", "onActivated"})
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^qtui: %1 refused").arg(slot)));
         const QString send = QStringLiteral(
             "qt.webChannelTransport.send(JSON.stringify({type: 6, object: 'qtui', method: %1, args: %2}));");
@@ -251,7 +239,9 @@ private slots:
                           + send.arg("'clickedAddBtn'", "[]")
                           + send.arg("9999", "[]") + send.arg("4", "[12345]")
                           + QStringLiteral("qtui.recieveJsToJumpUrl('file:///etc/passwd');"
+                                           "qtui.recieveJsToJumpUrl('javascript:alert(1)');"
                                            "qtui.recieveJsMessageUser('', 'x'.repeat(70000), '', '');"
+                                           "qtui.recieveJsMessage('http://127.0.0.1:1/a.png', '../.bashrc');"
                                            "qtui.recieveJsMessageAdjustment('file:///etc/passwd', 'passwd');"
                                            "qtui.onActivated(99);"
                                            "document.getElementById('siteLink').click()"));

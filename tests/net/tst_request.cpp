@@ -23,13 +23,6 @@ void* testRealloc(void* p, size_t n) { return g_failAllocations ? nullptr : std:
 char* testStrdup(const char* s) { return g_failAllocations ? nullptr : strdup(s); }
 void* testCalloc(size_t n, size_t size) { return g_failAllocations ? nullptr : std::calloc(n, size); }
 
-Network::net_request makeRequest(const QString& url)
-{
-    Network::net_request req;
-    req.url = url.toStdString();
-    return req;
-}
-
 QByteArray bufferOf(const Easy_request& request)
 {
     return QByteArray(request.buffer().data(), static_cast<int>(request.buffer().size()));
@@ -71,21 +64,22 @@ private slots:
         url.replace("refused", QStringLiteral("http://127.0.0.1:%1/").arg(TestService::unusedPort()));
         Easy_request request;
         QSignalSpy finished(&request, &Easy_request::slot_request_finish);
-        Network::net_request req = makeRequest(url);
+        Network::net_request req;
+        req.url = url.toStdString();
         req.post.assign(post.constData(), post.constData() + post.size());
         bool result = !ok;
         QTEST(captureStdout([&] { result = request.request(&req); }), "printed");
         QCOMPARE(result, ok);
         QTEST(bufferOf(request), "body");
-        QCOMPARE(finished.count(), 1);
-        QCOMPARE(finished.at(0).at(1).toBool(), ok);
+        QVERIFY(finished.count() == 1 && finished.at(0).at(1).toBool() == ok);
     }
 
     void failedHandleCreationIsRetried()
     {
         Easy_request request;
         QSignalSpy finished(&request, &Easy_request::slot_request_finish);
-        Network::net_request req = makeRequest(m_service.httpUrl("/test/ping"));
+        Network::net_request req;
+        req.url = m_service.httpUrl("/test/ping").toStdString();
         bool first = true;
         QCOMPARE(captureStdout([&] {
                      g_failAllocations = true;

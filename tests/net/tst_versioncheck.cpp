@@ -105,31 +105,25 @@ private slots:
     {
         QTest::addColumn<TestService::Params>("config");
         QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QByteArray>("diagnostics");
         QTest::addColumn<QString>("box");
         const QString refusedBox = QStringLiteral("box: 失败 | ") + QString::fromUtf8(kRefusedText);
-        QTest::newRow("code 500") << TestService::Params{{"init-code", "500"}} << 0 << QByteArray("code:500")
-                                  << refusedBox;
+        QTest::newRow("code 500") << TestService::Params{{"init-code", "500"}} << 0 << refusedBox;
         // The probe's own exit code when the check returns normally.
-        QTest::newRow("same version") << TestService::Params{{"newversion", "2.2.0.0"}} << 3
-                                      << QByteArray("code:200") << QString();
+        QTest::newRow("same version") << TestService::Params{{"newversion", "2.2.0.0"}} << 3 << QString();
     }
     void refusalEndsTheProcess()
     {
         QFETCH(TestService::Params, config);
         QFETCH(int, exitCode);
-        QFETCH(QByteArray, diagnostics);
         QFETCH(QString, box);
         QVERIFY(m_service.configure(config));
         setInstalledVersion(QStringLiteral("2.2.0.0"));
         QProcess probe;
         probe.start(QStringLiteral(VERSIONCHECK_PROBE), QStringList());
         QVERIFY(probe.waitForFinished(30000));
-        const QByteArray out = probe.readAllStandardOutput();
-        const QString err = QString::fromUtf8(probe.readAllStandardError());
-        QCOMPARE(probe.exitStatus(), QProcess::NormalExit);
+        QVERIFY(probe.exitStatus() == QProcess::NormalExit);
         QCOMPARE(probe.exitCode(), exitCode);
-        QVERIFY2(out.contains(diagnostics), out.constData());
+        const QString err = QString::fromUtf8(probe.readAllStandardError());
         QCOMPARE(err.split('\n').filter("box: "), box.isEmpty() ? QStringList() : QStringList{box});
     }
 

@@ -48,8 +48,7 @@ private slots:
         QTest::mousePress(&slider, Qt::LeftButton, {}, QPoint(pressX, 10));
         QVERIFY(!values.isEmpty());
         QTEST(values.first().at(0).toInt(), "jump");
-        QCOMPARE(reports.count(), values.count());
-        QCOMPARE(reports.first().at(0).value<QSlider*>(), &slider);
+        QVERIFY(reports.count() == values.count() && reports.first().at(0).value<QSlider*>() == &slider);
         if (dragX >= 0) {
             dragTo(&slider, QPoint(dragX, 10));   // asks for 125
             QCOMPARE(slider.value(), 100);
