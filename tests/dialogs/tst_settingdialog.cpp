@@ -52,10 +52,8 @@ private slots:
         QTest::addColumn<int>("page");
         QTest::addColumn<bool>("exitChecked");
         QTest::newRow("absent") << "-" << int(SettingDialog::SettingsPage) << false;
-        QTest::newRow("1, settings") << "1" << int(SettingDialog::SettingsPage) << true;
         QTest::newRow("1, close choice") << "1" << int(SettingDialog::CloseChoicePage) << true;
-        QTest::newRow("other number") << "2" << int(SettingDialog::CloseChoicePage) << false;
-        QTest::newRow("text") << "yes" << int(SettingDialog::SettingsPage) << false;
+        QTest::newRow("other value") << "2" << int(SettingDialog::CloseChoicePage) << false;
     }
     void storedCloseChoice()
     {
@@ -113,17 +111,6 @@ private slots:
         QCOMPARE(readSettingValue(kProductKey, kDirectClose), QStringLiteral("0"));
         const QString expected = choose ? chosen.path() + QLatin1Char('/') : stored.isEmpty() ? QString() : storedPath;
         QCOMPARE(readSettingValue(kProductKey, kDownLoadPath), expected);
-    }
-
-    void cancelledFolderChoiceKeepsField()
-    {
-        open(SettingDialog::SettingsPage, 1);
-        ModalAnswerer answerer;
-        answerer.chooseFile(QString());
-        answerer.answer(QMessageBox::Yes);
-        child<QPushButton>("openFileBtn")->click();
-        QCOMPARE(answerer.seen().last().text, kFolderMessage);
-        QVERIFY(child<QLineEdit>("folderEdit")->text().isEmpty());
     }
 
     void closeChoicePageStoresOnlyTheChoice()

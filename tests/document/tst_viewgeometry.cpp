@@ -5,8 +5,6 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-using crop::Handle;
-
 namespace {
 const QSize kMax = crop::viewSize(true);
 const QRect kNone(-999, -999, -999, -999);   // table marker for "nothing"
@@ -30,14 +28,12 @@ private slots:
         const QRect tall(401, 0, 743, 990);
         QTest::newRow("free") << true << QSize(1200, 900) << 0 << wide << wide;
         QTest::newRow("16:9 full width") << true << QSize(1200, 900) << 5 << wide << QRect(172, 157, 1200, 675);
-        QTest::newRow("4:5 full height") << true << QSize(1200, 900) << 6 << wide << QRect(412, 45, 720, 900);
         QTest::newRow("square of portrait") << true << QSize(743, 990) << 1 << tall << QRect(401, 123, 743, 743);
         // 990 / 16 * 9 = 556.875 and (1545 - 556.875) / 2 = 494.06, both truncated.
         QTest::newRow("9:16 portrait") << true << QSize(743, 990) << 9 << tall << QRect(494, 0, 556, 990);
         // Normal window: a preview larger than the view gets offsets of 0.
         const QRect clamped(0, 0, 1200, 900);
         QTest::newRow("normal 16:9") << false << QSize(1200, 900) << 5 << clamped << QRect(0, 21, 1200, 675);
-        QTest::newRow("normal 2:3") << false << QSize(1200, 900) << 8 << clamped << QRect(232, 0, 600, 900);
         QTest::newRow("index 10 ignored") << true << QSize(1200, 900) << 10 << wide << kNone;
     }
     void defaults()
@@ -50,31 +46,6 @@ private slots:
         QTEST(orNone(crop::defaultCropRect(ratio, view, image)), "crop");
     }
 
-    void lockedResize_data()
-    {
-        QTest::addColumn<int>("handle");
-        QTest::addColumn<QPoint>("delta");   // pointer minus the dragged corner
-        QTest::addColumn<QRect>("expected");
-        // 16:9 rectangle (172, 157, 1200, 675) in the image (172, 45, 1200, 900).
-        QTest::newRow("below one unit") << int(Handle::BottomRight) << QPoint(-50, -8) << kNone;
-        // Against the diagonal the vertical step decides the direction.
-        QTest::newRow("bottom-right up and right") << int(Handle::BottomRight) << QPoint(60, -18)
-                                                   << QRect(172, 157, 1168, 657);
-        QTest::newRow("top-right down and left") << int(Handle::TopRight) << QPoint(-30, 27)
-                                                 << QRect(172, 184, 1152, 648);
-        QTest::newRow("bottom-left leaves image") << int(Handle::BottomLeft) << QPoint(0, 9) << kNone;
-        QTest::newRow("edge handle") << int(Handle::Top) << QPoint(0, 90) << kNone;
-    }
-    void lockedResize()
-    {
-        QFETCH(int, handle);
-        QFETCH(QPoint, delta);
-        const QRect rect(172, 157, 1200, 675);
-        const QPoint corner = crop::cornerOf(rect, handle);
-        QTEST(orNone(crop::lockedResize(rect, handle, corner, corner + delta, 5, QRect(172, 45, 1200, 900))),
-              "expected");
-    }
-
     void mapToPreview_data()
     {
         QTest::addColumn<QSize>("view");
@@ -83,15 +54,12 @@ private slots:
         // 1200 x 900 display image: offsets 172, 45 maximised, -67, -91 normal.
         QTest::newRow("whole image") << kMax << QRect(172, 45, 1200, 900) << QRect(0, 0, 1200, 900);
         QTest::newRow("wholly left") << kMax << QRect(0, 100, 100, 100) << kNone;
-        QTest::newRow("wholly right") << kMax << QRect(1400, 100, 100, 100) << kNone;
         QTest::newRow("wholly below") << kMax << QRect(300, 960, 100, 20) << kNone;
         QTest::newRow("both sides") << kMax << QRect(100, 100, 1400, 100) << kNone;
         QTest::newRow("partly left") << kMax << QRect(122, 100, 200, 100) << QRect(0, 55, 150, 100);
-        QTest::newRow("partly below") << kMax << QRect(300, 900, 100, 100) << QRect(128, 855, 100, 45);
         QTest::newRow("x 1 snaps, y 1 stays") << kMax << QRect(173, 46, 100, 100) << QRect(0, 1, 100, 100);
         QTest::newRow("y 1 snaps") << kMax << QRect(200, 46, 100, 100) << QRect(28, 0, 100, 100);
         QTest::newRow("empty") << kMax << QRect(300, 300, 0, 100) << kNone;
-        QTest::newRow("negative") << kMax << QRect(300, 300, -20, 100) << kNone;
         QTest::newRow("normal window") << crop::viewSize(false) << QRect(0, 0, 300, 200) << QRect(67, 91, 300, 200);
     }
     void mapToPreview()
@@ -126,38 +94,29 @@ private slots:
     {
         QCOMPARE(matToQImage(cv::Mat(2, 3, CV_8UC3, cv::Scalar(10, 20, 30))).pixel(2, 1), qRgb(30, 20, 10));
         QCOMPARE(matToQImage(cv::Mat(1, 1, CV_16UC3, cv::Scalar(0, 25700, 65535))).pixel(0, 0), qRgb(255, 100, 0));
-        QCOMPARE(matToQImage(cv::Mat(1, 1, CV_32FC1, cv::Scalar(0.5))).pixel(0, 0), qRgb(128, 128, 128));
         const cv::Mat camera = cv::imread(MELO_SAMPLES_DIR "/camera.png", cv::IMREAD_UNCHANGED);
-        const QImage grey = matToQImage(camera);
-        QCOMPARE(grey.size(), QSize(camera.cols, camera.rows));
-        for (const QPoint p : {QPoint(0, 0), QPoint(100, 200), QPoint(511, 511)}) {
-            const int v = camera.at<uchar>(p.y(), p.x());
-            QCOMPARE(grey.pixel(p), qRgb(v, v, v));
-        }
+        const int v = camera.at<uchar>(200, 100);
+        QCOMPARE(matToQImage(camera).pixel(100, 200), qRgb(v, v, v));
         const cv::Mat board = cv::imread(MELO_SAMPLES_DIR "/chessboard_GRAY_U16.tif", cv::IMREAD_UNCHANGED);
         const QImage deep = matToQImage(board);
         QVERIFY(board.depth() == CV_16U && deep.pixel(0, 0) != deep.pixel(board.cols - 1, 0));
         QCOMPARE(qGray(deep.pixel(0, 0)), qRound(board.at<ushort>(0, 0) / 257.0));
+        // A region of a larger matrix, as a crop leaves it: its row step is
+        // kept, and the image keeps the pixels after the matrix has gone.
+        QImage region;
+        {
+            cv::Mat whole(10, 10, CV_8UC1);
+            for (int i = 0; i < 100; ++i)
+                whole.data[i] = uchar(i);
+            region = matToQImage(whole(cv::Rect(2, 3, 5, 4)));
+        }
+        QVERIFY(region.size() == QSize(5, 4) && region.pixel(0, 0) == qRgb(32, 32, 32));
+        QCOMPARE(region.pixel(4, 3), qRgb(66, 66, 66));
         // Nothing to show: null results, no crash.
         QVERIFY(matToQImage(cv::Mat()).isNull() && fittedPixmap(cv::Mat(), QSize(100, 100)).isNull());
         QVERIFY(!isShowableMat(cv::Mat(0, 5, CV_8UC3)));
     }
 
-    // A region of a larger matrix (as a crop leaves it) keeps its row step,
-    // and the image keeps the pixels alive after the matrix is gone.
-    void greyRegionOutlivesMatrix()
-    {
-        QImage image;
-        {
-            cv::Mat whole(10, 10, CV_8UC1);
-            for (int i = 0; i < 100; ++i)
-                whole.data[i] = uchar(i);
-            image = matToQImage(whole(cv::Rect(2, 3, 5, 4)));
-        }
-        QCOMPARE(image.size(), QSize(5, 4));
-        QCOMPARE(image.pixel(0, 0), qRgb(32, 32, 32));
-        QCOMPARE(image.pixel(4, 3), qRgb(66, 66, 66));
-    }
 };
 
 QTEST_MAIN(TestViewGeometry)

@@ -14,7 +14,6 @@
 QByteArray cubeText(int size, const std::function<LutRgb(float, float, float)>& colour,
                     const QByteArray& header = QByteArray());
 
-// Whether two images have the same size, type and bytes.
 bool sameImage(const cv::Mat& a, const cv::Mat& b);
 
 // A 4096 x 4096 BGR image holding every 8-bit colour exactly once.

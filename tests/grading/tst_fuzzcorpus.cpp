@@ -26,7 +26,6 @@ private slots:
             QVERIFY2(verdict != FuzzVerdict::Disagreed, qPrintable(name));
             read += verdict == FuzzVerdict::Read;
         }
-        // The seeds of every format, at least, are tables.
         QVERIFY(read >= 4);
     }
 };

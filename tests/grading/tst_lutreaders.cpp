@@ -66,11 +66,10 @@ private slots:
         QCOMPARE(value, 0.0f);
     }
 
-    // Rows are named "<extension> <case>".
     void read_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<int>("size");  // 0: the read fails
+        QTest::addColumn<QByteArray>("content");  // null: no file at all
+        QTest::addColumn<int>("size");            // 0: the read fails
         QTest::addColumn<QByteArray>("printed");
         QTest::addColumn<QVector<Probe>>("probes");
         const auto reads = [](const char* name, const QByteArray& content, int size, const QVector<Probe>& probes) {
@@ -87,23 +86,18 @@ private slots:
         reads("cube hex size", "LUT_3D_SIZE 0x21\n" + numbered(35937), 33,
               {line(1, 0, 0, 1), line(0, 0, 1, 1089), line(32, 32, 32, 35936)});
         reads("cube octal size", "LUT_3D_SIZE 041\n" + numbered(35937), 33, {line(0, 1, 0, 33)});
+        refused("cube missing file", QByteArray());
         refused("cube size 65", "LUT_3D_SIZE 65\n" + eight, kTooLarge);
         refused("cube size 1", "LUT_3D_SIZE 1\n" + eight, kTooLarge);
         refused("cube tab after keyword", "LUT_3D_SIZE\t2\n" + eight);
-        refused("cube no size line", eight);
         reads("cube title before size", "TITLE \"look\"\n# made by hand\n" + size2 + eight, 2, {line(1, 1, 1, 7)});
         refused("cube title after size", size2 + "TITLE \"look\"\n" + eight);
         reads("cube domain max doubles", size2 + "DOMAIN_MAX 2 2 2\n" + eight, 2, {line(1, 0, 0, 1, 2.0f)});
-        reads("cube domain min halves", size2 + "DOMAIN_MIN 0.5 0.5 0.5\n" + eight, 2, {line(1, 0, 0, 1, 0.5f)});
         reads("cube domain mid-data scales later entries",
               size2 + numbered(4) + "DOMAIN_MAX 2 2 2\n" + eight.mid(numbered(4).size()), 2,
               {line(1, 1, 0, 3), line(0, 0, 1, 4, 2.0f)});
         refused("cube indented domain line", size2 + " DOMAIN_MAX 2 2 2\n" + eight);
-        refused("cube unknown domain line", size2 + "DOMAIN_SIZE 2\n" + eight);
-        reads("cube comments and blanks in data", size2 + "# a\n\n \t\r\n" + eight, 2,
-              {line(0, 0, 0, 0), line(1, 1, 1, 7)});
         refused("cube truncated", size2 + numbered(7), kEof);
-        refused("cube two numbers", size2 + "0.5 0.5\n" + eight);
         // Lines are read in 512-byte pieces: the rest of a long comment is
         // read as a line of its own, which is not three numbers.
         refused("cube long comment in data", size2 + "#" + QByteArray(600, 'x') + "\n" + eight);
@@ -119,14 +113,12 @@ private slots:
               {{0, 0, 0, {0, g3dl, 2}}, {0, 0, 1, {q, g3dl, 2}}, {0, 1, 0, {17 * q, g3dl, 2}},
                {1, 0, 0, {289 * q, g3dl, 2}}});
         refused("3dl truncated", data3dl.left(data3dl.lastIndexOf('\n', 600) + 1), kEof);
-        refused("3dl empty", "\n# nothing\n", kEof);
 
         // ".dat": optional size header, blue fastest.
         reads("dat without header", numbered(35937), 33, {line(0, 0, 1, 1), line(1, 0, 0, 1089)});
         reads("dat with header", "# c\n3DLUTSIZE 2\n\n" + eight, 2,
               {line(0, 0, 1, 1), line(0, 1, 0, 2), line(1, 0, 0, 4)});
-        refused("dat size 65", "3DLUTSIZE 65\n" + eight, kTooLarge);
-        refused("dat empty", QByteArray(), kEof);
+        refused("dat empty", QByteArray(""), kEof);
 
         // ".m3d": in/out header, channel order, one line per entry.
         QByteArray m3d17 = "in 4913\nout 4096\nvalues r g b\n";
@@ -140,7 +132,7 @@ private slots:
         reads("m3d values b g r", "# order\nin 8\nout 2\nvalues b g r\n" + eight, 2, {{0, 0, 1, {-0.25f, 0.5f, 1.0f}}});
         refused("m3d no header", eight, "in and out must be defined\n");
         refused("m3d in too small", "in 1\nout 2\n" + eight, "invalid in (1) or out (2)\n");
-        refused("m3d blank line in data", "in 8\nout 2\nvalues r g b\n\n" + eight);
+        refused("m3d missing file", QByteArray());
     }
 
     void read()
@@ -153,7 +145,7 @@ private slots:
 
         QTemporaryDir dir;
         const QByteArray path = (dir.path() + "/table." + extension).toLocal8Bit();
-        QVERIFY(writeFileBytes(path, content));
+        QVERIFY(content.isNull() || writeFileBytes(path, content));
         Lut3D* read = nullptr;
         QCOMPARE(captureStdout([&] { read = readAs(extension, path); }), printed);
         const std::unique_ptr<Lut3D, void (*)(void*)> lut(read, free);
@@ -165,38 +157,25 @@ private slots:
                                         .arg(double(lut->lut[p.r][p.g][p.b][c]), 0, 'g', 9)));
     }
 
-    void missingFileIsSilent()
-    {
-        for (const QString extension : {"cube", "3dl", "dat", "m3d"}) {
-            Lut3D* lut = reinterpret_cast<Lut3D*>(1);
-            const QByteArray path = "/nonexistent/a." + extension.toLatin1();
-            QCOMPARE(captureStdout([&] { lut = readAs(extension, path); }), QByteArray());
-            QVERIFY(!lut);
-        }
-    }
-
     // The fast decimal path must round exactly as the C library does.
     void decimalsMatchTheCLibrary()
     {
         const locale_t c = newlocale(LC_ALL_MASK, "C", locale_t(nullptr));
+        const locale_t german = uselocale(locale_t(nullptr));
         std::mt19937 random(7);
         std::uniform_real_distribution<double> value(-3.0, 3.0);
-        std::uniform_int_distribution<int> digits(0, 12);
         char text[160];
-        for (int i = 0; i < 200000; ++i) {
-            const double v[3] = {value(random), value(random) * 1e-3, value(random) * 1e3};
-            snprintf(text, sizeof text, "%.*f\t%.*f  %.*f", digits(random), v[0], digits(random), v[1],
-                     digits(random), v[2]);
-            for (char* p = text; *p; ++p)
-                if (*p == ',')
-                    *p = '.';  // snprintf wrote the locale's comma
+        for (int i = 0; i < 20000; ++i) {
+            const int digits[3] = {int(random() % 13), int(random() % 13), int(random() % 13)};
+            uselocale(c);
+            snprintf(text, sizeof text, "%.*f\t%.*f  %.*f", digits[0], value(random), digits[1], value(random) * 1e-3,
+                     digits[2], value(random) * 1e3);
+            uselocale(german);
             float got[3];
             QCOMPARE(scanThreeFloats(text, got), 3);
             char* end = text;
-            for (int k = 0; k < 3; ++k) {
-                const float expected = strtof_l(end, &end, c);
-                QVERIFY2(got[k] == expected, text);
-            }
+            for (int k = 0; k < 3; ++k)
+                QVERIFY2(got[k] == strtof_l(end, &end, c), text);
         }
         freelocale(c);
     }

@@ -1,23 +1,10 @@
-// The smart recommendation's draw and history, without a window; and the
-// worker object blending layers on a thread of its own.
-#include "GradingTestSupport.h"
-#include "GlobalConstants.h"
-#include "LayerGrading.h"
-#include "MyThread.h"
+// The smart recommendation's draw and history, without a window.
 #include "SmartDraw.h"
 
 #include <QProcess>
-#include <QScopeGuard>
-#include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
-
-#include <opencv2/imgcodecs.hpp>
 
 #include <cstdlib>
-
-Q_DECLARE_METATYPE(RandomPick)
 
 namespace {
 
@@ -40,31 +27,6 @@ class TestSmartDraw : public QObject
     Q_OBJECT
 
 private slots:
-    // Coins decide field by field; a scene without a new value keeps the
-    // previous one (-1 before any), a layer without one is -1.
-    void draw_data()
-    {
-        QTest::addColumn<QVector<int>>("numbers");
-        QTest::addColumn<RandomPick>("first");
-        QTest::addColumn<RandomPick>("second");
-        QTest::newRow("all picked, values taken modulo")
-            << QVector<int>{1, 13, 3, 7, 5, 2, 9, 25, /* second */ 0, 0, 0, 1, 30}
-            << RandomPick{1, 3, 2, 1} << RandomPick{1, -1, -1, 6};
-        QTest::newRow("no scene before the first success")
-            << QVector<int>{0, 1, 5, 0, 0, /* second */ 1, 11, 0, 0, 0}
-            << RandomPick{-1, 1, -1, -1} << RandomPick{5, -1, -1, -1};
-    }
-    void draw()
-    {
-        QFETCH(QVector<int>, numbers);
-        QFETCH(RandomPick, first);
-        QFETCH(RandomPick, second);
-        SmartDraw smart(scripted(numbers));
-        QCOMPARE(pickText(smart.draw()), pickText(first));
-        QCOMPARE(pickText(smart.draw()), pickText(second));
-        QCOMPARE(smart.history(), (QVector<RandomPick>{first, second}));
-    }
-
     // The history keeps the newest six; a repeated pick is appended again
     // and stepping starts from its first occurrence.
     void history()
@@ -80,14 +42,10 @@ private slots:
         QCOMPARE(smart.history().first().scene, 1);                    // draw 0 dropped
         QCOMPARE(smart.pick(), (RandomPick{1, 1, -1, -1}));            // equal to history[0]
         QCOMPARE(smart.stepBack(), SmartDraw::Step::AtEnd);            // found at 0, not at 5
-        QCOMPARE(smart.stepForward(), SmartDraw::Step::Moved);
-        QCOMPARE(smart.pick().scene, 2);
-        QCOMPARE(smart.stepBack(), SmartDraw::Step::Moved);
-        QCOMPARE(smart.pick().scene, 1);
-
+        QVERIFY(smart.stepForward() == SmartDraw::Step::Moved && smart.pick().scene == 2);
+        QVERIFY(smart.stepBack() == SmartDraw::Step::Moved && smart.pick().scene == 1);
         SmartDraw empty;
-        QCOMPARE(empty.stepForward(), SmartDraw::Step::NotFound);
-        QCOMPARE(empty.stepBack(), SmartDraw::Step::NotFound);
+        QVERIFY(empty.stepForward() == SmartDraw::Step::NotFound && empty.stepBack() == SmartDraw::Step::NotFound);
     }
 
     // The generator is the C library's, never seeded: every fresh process
@@ -107,54 +65,6 @@ private slots:
         const QString first = pickText(smart.draw());
         const QString second = pickText(smart.draw());
         QCOMPARE(runs.at(0), first + '\n' + second + '\n');
-    }
-
-    // The worker: layer 0 blends the file's image over the base, layer n over
-    // layer n - 1; a missing previous layer, a layer number out of range and
-    // work after Stop() are dropped without a reply.
-    void worker()
-    {
-        QTemporaryDir dir;
-        const cv::Mat base(40, 60, CV_8UC3, cv::Scalar(10, 100, 200));
-        const cv::Mat graded(40, 60, CV_8UC3, cv::Scalar(200, 50, 0));
-        const QByteArray file = (dir.path() + "/layer.png").toLocal8Bit();
-        QVERIFY(cv::imwrite(file.constData(), graded));
-        char* path = const_cast<char*>(file.constData());
-
-        QThread thread;
-        auto* worker = new MyThread;
-        worker->moveToThread(&thread);
-        connect(&thread, &QThread::finished, worker, &QObject::deleteLater);
-        thread.start();
-        const auto join = qScopeGuard([&thread] {
-            thread.quit();
-            thread.wait();
-        });
-        QSignalSpy results(worker, &MyThread::send_Thread_msg);
-        auto send = [&](const cv::Mat& mat, int value, int num) {
-            QMetaObject::invokeMethod(worker, "startThreadSlot", Qt::QueuedConnection, Q_ARG(cv::Mat, mat),
-                                      Q_ARG(char*, path), Q_ARG(int, value), Q_ARG(int, num));
-        };
-
-        send(base, 40, 3);   // layer 2 never computed
-        send(base, 40, 8);   // no such layer
-        send(base, 40, 0);
-        // Work is handled in order: once the reply is there, the two before
-        // it were dropped.
-        QTRY_COMPARE(results.count(), 1);
-        const cv::Mat layer0 = results.at(0).at(0).value<cv::Mat>();
-        QVERIFY(sameImage(layer0, blendLayer(base, graded, 40)));
-
-        send(cv::Mat(), 25, 1);   // layer 1 lies over layer 0, not over the (empty) argument
-        QTRY_COMPARE(results.count(), 2);
-        QVERIFY(sameImage(results.at(1).at(0).value<cv::Mat>(), blendLayer(layer0, graded, 25)));
-
-        QMetaObject::invokeMethod(worker, "Stop", Qt::QueuedConnection);
-        send(base, 40, 0);
-        QMetaObject::invokeMethod(worker, "Start", Qt::QueuedConnection);
-        send(base, 70, 0);
-        QTRY_COMPARE(results.count(), 3);
-        QVERIFY(sameImage(results.at(2).at(0).value<cv::Mat>(), blendLayer(base, graded, 70)));
     }
 };
 

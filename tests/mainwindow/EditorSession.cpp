@@ -4,9 +4,9 @@
 #include "SettingsStore.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QTest>
 
 #include <cstdlib>
@@ -14,16 +14,8 @@
 bool installPresets()
 {
     const QString target = QDir::tempPath() + QStringLiteral("/MELO");
-    if (QFileInfo::exists(target + QStringLiteral("/5/19.CUBE")))
-        return true;
-    const QString source = QStringLiteral(MELO_PRESET_DIR "/MELO");
-    QDirIterator it(source, QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString file = it.next();
-        const QString copy = target + file.mid(source.size());
-        if (!QDir().mkpath(QFileInfo(copy).path()) || !QFile::copy(file, copy))
-            return false;
-    }
+    if (!QFileInfo::exists(target + QStringLiteral("/5/19.CUBE")))
+        QProcess::execute(QStringLiteral("cp"), {"-r", QStringLiteral(MELO_PRESET_DIR "/MELO"), QDir::tempPath()});
     return QFileInfo::exists(target + QStringLiteral("/5/19.CUBE"));
 }
 

@@ -1,8 +1,9 @@
-// Saving from the real main window: the saved pixels are the engine's
-// full-resolution grade of what the panel shows (checked against the
-// melo-grade program run as a process), with the preview's crops replayed;
-// the smart path when no preset is checked; the formats of the record; the
-// single delayed write.
+// Cropping and saving in the real main window: crops beyond the picture are
+// refused, the others recorded in order and undone by the reset button. The
+// file holds the engine's full-resolution grade of what the panel shows, the
+// crops replayed in order on it; with no preset checked, the smart pick at 50
+// whatever its slider shows. One write, 500 ms after the request.
+#include "CropGeometry.h"
 #include "EditorSession.h"
 #include "GradingTestSupport.h"
 #include "GuiTestMain.h"
@@ -10,47 +11,16 @@
 #include "ModalAnswerer.h"
 #include "MyDrawLabel.h"
 #include "MySlider.h"
-#include "SmartDraw.h"
-#include "UrlRecorder.h"
 
 #include <QAbstractButton>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFileInfo>
-#include <QProcess>
 #include <QTimer>
 
 #include <opencv2/imgcodecs.hpp>
 
 #include <cstdlib>
 
-namespace {
-
-// melo-grade's full-resolution grade of a photograph, decoded.
-cv::Mat meloGrade(const QString& input, int scene, const RandomPick& layers, int strength)
-{
-    const QString outDir = QDir::tempPath() + "/melo-grade";
-    QStringList arguments{"preset", "--scene", QString::number(scene), "--strength", QString::number(strength),
-                          "--presets", MELO_PRESET_DIR, "--out-dir", outDir};
-    const int ids[] = {layers.top, layers.mid, layers.down};
-    const char* const options[] = {"--top", "--mid", "--down"};
-    for (int i = 0; i < 3; ++i)
-        if (ids[i] >= 0)
-            arguments << options[i] << QString::number(ids[i]);
-    QProcess process;
-    process.start(MELO_GRADE_PROGRAM, arguments << input);
-    if (!process.waitForFinished(60000) || process.exitCode() != 0)
-        return cv::Mat();
-    const QString output = outDir + "/" + QFileInfo(input).completeBaseName() + ".jpg";
-    return cv::imread(output.toLocal8Bit().constData(), cv::IMREAD_UNCHANGED);
-}
-
-cv::Mat decoded(const QString& path)
-{
-    return cv::imread(path.toLocal8Bit().constData(), cv::IMREAD_UNCHANGED);
-}
-
-} // namespace
+const QString kLibrary = QStringLiteral(MELO_PRESET_DIR "/MELO");
 
 class TestEditorSave : public QObject
 {
@@ -59,111 +29,78 @@ class TestEditorSave : public QObject
     std::unique_ptr<EditorSession> m_session;
     EditorSession& s() { return *m_session; }
     QAbstractButton* button(const char* name) { return s().find<QAbstractButton>(name); }
-    QString open(const QString& sample, const QString& folder)
-    {
-        const QString path = placePhoto(sample, folder);
-        s().window().openAdjustment(path);
-        return path;
-    }
-    setting record(const char* name, const char* format)
-    {
-        setting st;
-        st.savePath = s().saveFolder().toLocal8Bit().toStdString();
-        st.saveName = name;
-        st.saveFormat = format;
-        st.interactive = 1;
-        return st;
-    }
 
 private slots:
     void initTestCase() { QVERIFY(installPresets()); }
     void init() { m_session = std::make_unique<EditorSession>(); }
     void cleanup() { m_session.reset(); }
 
-    // The save button's dialog, the notice, the folder opened; the file holds
-    // exactly what melo-grade makes of the photograph with the same presets.
-    void savedAsTheEngineGrades()
-    {
-        const QString photo = open(QStringLiteral("rocket.jpg"), QStringLiteral("风光"));
-        button("topPreset1")->click();
-        button("midPreset2")->click();
-        button("downPreset3")->click();
-        UrlRecorder folders({QStringLiteral("file")});
-        ModalAnswerer answerer;
-        answerer.handle([](QWidget* dialog) { QMetaObject::invokeMethod(dialog, "clickedOkBtn"); });
-        answerer.answer(QMessageBox::Yes);
-        button("m_right_down_saveBtn")->click();
-        QVERIFY(answerer.waitAllAnswered(10000));
-        QCOMPARE(answerer.seen().at(1).title, QStringLiteral("成功"));
-        QCOMPARE(answerer.seen().at(1).text, QStringLiteral("保存文件成功！"));
-        const cv::Mat saved = decoded(s().saveFolder() + "/rocket.jpg");
-        QVERIFY(!saved.empty());
-        QVERIFY(sameImage(saved, meloGrade(photo, 4, RandomPick{4, 1, 2, 3}, 100)));
-        QCOMPARE(folders.urls, QList<QUrl>{QUrl::fromLocalFile(s().saveFolder())});
-    }
-
-    // With no preset checked the save grades with the smart pick at 50,
-    // whatever the smart slider shows.
-    void noPresetUsesTheSmartPick()
-    {
-        const QString photo = open(QStringLiteral("chelsea.png"), QStringLiteral("自然景观"));
-        RandomPick pick;
-        const unsigned seed = seedForDraws(&pick, 1);
-        std::srand(seed);
-        button("randBtn")->click();
-        s().find<MySlider>("randSlider")->setValue(80);
-        ModalAnswerer answerer;
-        answerer.answer(QMessageBox::Yes);
-        UrlRecorder folders({QStringLiteral("file")});
-        setting st = record("smart", "JPG");
-        s().window().start_timer_event(st);
-        QVERIFY(answerer.waitAllAnswered(10000));
-        QVERIFY(sameImage(decoded(s().saveFolder() + "/smart.jpg"), meloGrade(photo, pick.scene, pick, 50)));
-    }
-
-    // Two crops made on the preview are replayed in order on the graded full
-    // image; lossless formats keep the pixels exactly. The 500 ms delay
-    // fires once.
-    void cropsAndFormats_data()
+    void savedAsGraded_data()
     {
         QTest::addColumn<QString>("format");
-        QTest::addColumn<QString>("extension");
-        QTest::newRow("PNG") << "PNG" << ".png";
-        QTest::newRow("TIFF") << "TIFF" << ".tiff";
+        QTest::addColumn<bool>("smart");
+        QTest::newRow("PNG, down preset 0") << "PNG" << false;
+        QTest::newRow("TIFF, no preset: smart pick") << "TIFF" << true;
     }
-    void cropsAndFormats()
+    void savedAsGraded()
     {
         QFETCH(QString, format);
-        QFETCH(QString, extension);
-        open(QStringLiteral("coffee.png"), QStringLiteral("自然景观"));
-        button("downPreset0")->click();
+        QFETCH(bool, smart);
+        s().window().openAdjustment(placePhoto(QStringLiteral("coffee.png"), QStringLiteral("自然景观")));
+        RandomPick pick{0, -1, -1, 0};
+        if (smart) {
+            std::srand(seedForDraws(&pick, 1));
+            button("randBtn")->click();
+            s().find<MySlider>("randSlider")->setValue(80);
+        } else {
+            button("downPreset0")->click();
+        }
+
+        // A rectangle beyond the picture is refused with a notice; two crops
+        // cut the preview in turn and are recorded in order.
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Ok);
         auto* view = s().find<MyDrawLabel>("imageView");
-        for (const QMargins& cut : {QMargins(100, 50, 300, 150), QMargins(10, 20, 200, 100)}) {
+        const QRect whole = view->imageRect();
+        for (const QRect& rect : {QRect(1500, 100, 40, 40), whole.adjusted(100, 50, -300, -150), QRect()}) {
             button("cropBtn")->click();
-            view->setCropRect(view->imageRect() - cut);
+            view->setCropRect(rect.isNull() ? view->imageRect().adjusted(10, 20, -200, -100) : rect);
             button("yesShapeBtn")->click();
         }
-        QCOMPARE(s().doc().m_cropRects.size(), 2);
+        QCOMPARE(answerer.seen().value(0).text, QString::fromUtf8(crop::kRefusedText));
+        QCOMPARE(s().doc().m_cropRects, (QVector<QRect>{QRect(100, 50, 800, 600), QRect(10, 20, 590, 480)}));
 
-        ModalAnswerer answerer;
         QElapsedTimer clock;
         qint64 noticeAfter = -1;
         answerer.handle([&](QWidget* box) {
             noticeAfter = clock.elapsed();
             qobject_cast<QMessageBox*>(box)->button(QMessageBox::Yes)->click();
         });
-        UrlRecorder folders({QStringLiteral("file")});
-        setting st = record("cut", format.toLatin1().constData());
+        setting st;
+        st.savePath = s().saveFolder().toLocal8Bit().toStdString();
+        st.saveName = "cut";
+        st.saveFormat = format.toStdString();
+        st.interactive = 1;
         clock.start();
         s().window().start_timer_event(st);
         QVERIFY(answerer.waitAllAnswered(10000));
         QVERIFY2(noticeAfter >= 500, qPrintable(QString::number(noticeAfter)));
-        QVERIFY(!s().find<QTimer>("saveTimer")->isActive());
-        QCOMPARE(answerer.seen().size(), 1);
+        QVERIFY(!s().find<QTimer>("saveTimer")->isActive() && answerer.seen().size() == 2);
+        const cv::Mat full =
+            gradeLayers(s().doc().m_srcMat, pick.scene, pick.selection(smart ? 50 : 100), kLibrary).image;
+        const QString saved = s().saveFolder() + "/cut." + format.toLower();
+        QVERIFY(sameImage(cv::imread(saved.toLocal8Bit().constData(), cv::IMREAD_UNCHANGED),
+                          replayCrops(full, s().doc().m_cropRects)));
 
-        const cv::Mat full = gradeLayers(s().doc().m_srcMat, 0, LayerSelection{{-1, -1, 0}, {100, 100, 100}},
-                                         QStringLiteral(MELO_PRESET_DIR "/MELO")).image;
-        QVERIFY(sameImage(decoded(s().saveFolder() + "/cut" + extension), replayCrops(full, s().doc().m_cropRects)));
+        // Undoing the crops returns to the whole preview with the checked
+        // presets applied again (none after a smart pick).
+        QVERIFY(button("cropResetBtn")->isEnabled());
+        button("cropResetBtn")->click();
+        QVERIFY(!button("cropResetBtn")->isEnabled() && s().doc().m_cropRects.isEmpty());
+        const cv::Mat show = s().doc().m_showMat;
+        QCOMPARE(show.cols, 1200);
+        const LayerSelection checked = smart ? LayerSelection() : pick.selection(100);
+        QVERIFY(sameImage(s().doc().m_dstMat, gradeLayers(show, 0, checked, kLibrary).image));
     }
 };
 

@@ -41,40 +41,23 @@ private slots:
     void answerDecides_data()
     {
         QTest::addColumn<TestService::Params>("config");
-        QTest::addColumn<QString>("installed");   // null: no installed version
+        QTest::addColumn<QString>("installed");  // null: no installed version
         QTest::addColumn<bool>("update");
-        QTest::addColumn<QByteArray>("diagnostics");
         const QString v = QStringLiteral("2.2.0.0");
-        const QString envelope = QStringLiteral("{\"code\":200,\"data\":{\"version\":{\"newversion\":\"2.2.0.0\"}}}");
-        auto served = [](const QString& version) { return TestService::Params{{"newversion", version}}; };
-        QTest::newRow("same version") << served(v) << v << false
-                                      << QByteArray("context:") + envelope.toUtf8() + "code:200";
-        QTest::newRow("installed is older") << served(v) << "2.2.0.1" << true << QByteArray("code:200");
-        QTest::newRow("server is older") << served("2.1.9.9") << v << true << QByteArray("code:200");
-        QTest::newRow("not installed") << served(v) << QString() << true << QByteArray("code:200");
-        QTest::newRow("no data") << TestService::Params{{"init-no-data", "1"}} << v << true
-                                 << QByteArray("context:{\"code\":200}code:200");
-        QTest::newRow("no data, not installed") << TestService::Params{{"init-no-data", "1"}} << QString() << false
-                                                << QByteArray("code:200");
-        QTest::newRow("text after a NUL is ignored")
-            << TestService::Params{{"init-body-raw", envelope + QChar(0) + "garbage"}} << v << false
-            << QByteArray("context:") + envelope.toUtf8() + "code:200";
-        QTest::newRow("not JSON") << TestService::Params{{"init-body-raw", "<html>502 Bad Gateway</html>"}} << v
-                                  << false << QByteArray("context:<html>502 Bad Gateway</html>");
-        QTest::newRow("code is text") << TestService::Params{{"init-body-raw", "{\"code\":\"200\"}"}} << v << false
-                                      << QByteArray("json paser error");
-        QTest::newRow("data is a list")
-            << TestService::Params{{"init-body-raw", "{\"code\":200,\"data\":[1]}"}} << v << false
-            << QByteArray("json paser error");
-        QTest::newRow("nested too deep") << TestService::Params{{"init-body-raw", QString(2000, '[')}} << v << false
-                                         << QByteArray("json paser errorExceeded stackLimit");
+        const auto raw = [](const QString& body) { return TestService::Params{{"init-body-raw", body}}; };
+        QTest::newRow("same version") << TestService::Params{{"newversion", v}} << v << false;
+        QTest::newRow("different") << TestService::Params{{"newversion", v}} << "2.2.0.1" << true;
+        QTest::newRow("not installed") << TestService::Params{{"newversion", v}} << QString() << true;
+        QTest::newRow("no data") << TestService::Params{{"init-no-data", "1"}} << v << true;
+        QTest::newRow("not JSON") << raw("<html>502 Bad Gateway</html>") << v << false;
+        QTest::newRow("data is a list") << raw("{\"code\":200,\"data\":[1]}") << v << false;
+        QTest::newRow("nested too deep") << raw(QString(2000, '[')) << v << false;
     }
     void answerDecides()
     {
         QFETCH(TestService::Params, config);
         QFETCH(QString, installed);
         QFETCH(bool, update);
-        QFETCH(QByteArray, diagnostics);
         QVERIFY2(m_service.configure(config), qPrintable(m_service.errorString()));
         setInstalledVersion(installed);
         ModalAnswerer answerer;
@@ -82,7 +65,7 @@ private slots:
         bool result = false;
         const QByteArray printed = captureStdout([&] { result = checkClientVersion(); });
         QCOMPARE(result, update);
-        QVERIFY2(printed.startsWith("context:") && printed.contains(diagnostics), printed.constData());
+        QVERIFY2(printed.startsWith("context:"), printed.constData());
         const auto& seen = answerer.seen();
         QCOMPARE(seen.isEmpty() ? QString() : seen.first().title + ": " + seen.first().text,
                  update ? QStringLiteral("更新: ") + kUpdateText : QString());
@@ -122,33 +105,25 @@ private slots:
     {
         QTest::addColumn<TestService::Params>("config");
         QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QByteArray>("diagnostics");
         QTest::addColumn<QString>("box");
         const QString refusedBox = QStringLiteral("box: 失败 | ") + QString::fromUtf8(kRefusedText);
-        QTest::newRow("code 500") << TestService::Params{{"init-code", "500"}} << 0 << QByteArray("code:500")
-                                  << refusedBox;
-        QTest::newRow("code missing") << TestService::Params{{"init-body-raw", "{\"data\":{}}"}} << 0
-                                      << QByteArray("code:0") << refusedBox;
+        QTest::newRow("code 500") << TestService::Params{{"init-code", "500"}} << 0 << refusedBox;
         // The probe's own exit code when the check returns normally.
-        QTest::newRow("same version") << TestService::Params{{"newversion", "2.2.0.0"}} << 3
-                                      << QByteArray("code:200") << QString();
+        QTest::newRow("same version") << TestService::Params{{"newversion", "2.2.0.0"}} << 3 << QString();
     }
     void refusalEndsTheProcess()
     {
         QFETCH(TestService::Params, config);
         QFETCH(int, exitCode);
-        QFETCH(QByteArray, diagnostics);
         QFETCH(QString, box);
         QVERIFY(m_service.configure(config));
         setInstalledVersion(QStringLiteral("2.2.0.0"));
         QProcess probe;
         probe.start(QStringLiteral(VERSIONCHECK_PROBE), QStringList());
         QVERIFY(probe.waitForFinished(30000));
-        const QByteArray out = probe.readAllStandardOutput();
-        const QString err = QString::fromUtf8(probe.readAllStandardError());
-        QCOMPARE(probe.exitStatus(), QProcess::NormalExit);
+        QVERIFY(probe.exitStatus() == QProcess::NormalExit);
         QCOMPARE(probe.exitCode(), exitCode);
-        QVERIFY2(out.contains(diagnostics), out.constData());
+        const QString err = QString::fromUtf8(probe.readAllStandardError());
         QCOMPARE(err.split('\n').filter("box: "), box.isEmpty() ? QStringList() : QStringList{box});
     }
 

@@ -7,14 +7,12 @@
 #include <QFileInfo>
 #include <QString>
 
-// The whole content of a file, empty when it cannot be read.
 inline QByteArray fileBytes(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Writes bytes to path, creating its folder first; false on any error.
 inline bool writeFileBytes(const QString& path, const QByteArray& bytes, bool executable = false)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());

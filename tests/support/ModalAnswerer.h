@@ -32,7 +32,6 @@ public:
     explicit ModalAnswerer(QObject* parent = nullptr);
     ~ModalAnswerer() override;
 
-    // Presses this standard button of the next QMessageBox.
     void answer(QMessageBox::StandardButton button);
     // Runs a handler on the next modal widget (it must close the widget).
     void handle(Handler handler);

@@ -1,5 +1,5 @@
-// Captures what the code under test writes to standard output (file
-// descriptor 1, so C stdio and iostreams alike) between construction and take().
+// Captures what work writes to standard output (file descriptor 1, so C
+// stdio and iostreams alike).
 #pragma once
 
 #include <QByteArray>
@@ -8,42 +8,21 @@
 #include <functional>
 #include <unistd.h>
 
-class StdoutCapture
-{
-public:
-    StdoutCapture() : m_saved(dup(STDOUT_FILENO)), m_file(std::tmpfile())
-    {
-        std::fflush(stdout);
-        dup2(fileno(m_file), STDOUT_FILENO);
-    }
-    ~StdoutCapture() { take(); }
-
-    QByteArray take()
-    {
-        QByteArray text;
-        if (m_saved < 0)
-            return text;
-        std::fflush(stdout);
-        dup2(m_saved, STDOUT_FILENO);
-        close(m_saved);
-        m_saved = -1;
-        std::rewind(m_file);
-        char buffer[4096];
-        for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, m_file)) > 0;)
-            text.append(buffer, static_cast<int>(n));
-        std::fclose(m_file);
-        return text;
-    }
-
-private:
-    int m_saved;
-    std::FILE* m_file;
-};
-
-// Everything work printed on standard output.
 inline QByteArray captureStdout(const std::function<void()>& work)
 {
-    StdoutCapture capture;
+    std::fflush(stdout);
+    const int saved = dup(STDOUT_FILENO);
+    std::FILE* file = std::tmpfile();
+    dup2(fileno(file), STDOUT_FILENO);
     work();
-    return capture.take();
+    std::fflush(stdout);
+    dup2(saved, STDOUT_FILENO);
+    close(saved);
+    std::rewind(file);
+    QByteArray text;
+    char buffer[4096];
+    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, file)) > 0;)
+        text.append(buffer, static_cast<int>(n));
+    std::fclose(file);
+    return text;
 }

@@ -8,7 +8,6 @@
 
 TestService::TestService()
 {
-    // The service's complaints go straight to the test's output.
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
 }
 

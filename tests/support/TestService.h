@@ -37,7 +37,6 @@ public:
 
     QString httpsBase() const { return QStringLiteral("https://127.0.0.1:%1").arg(m_httpsPort); }
     QString httpBase() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_httpPort); }
-    QString httpsUrl(const QString& pathAndQuery) const { return httpsBase() + pathAndQuery; }
     QString httpUrl(const QString& pathAndQuery) const { return httpBase() + pathAndQuery; }
 
     // Points the application's service addresses at this service.
