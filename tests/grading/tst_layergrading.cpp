@@ -56,6 +56,30 @@ private slots:
         QCOMPARE(differing, 0);
     }
 
+    // Large pictures are blended in stripes of rows on both cores: the bytes
+    // must be those of one cv::addWeighted over the whole picture.
+    void blendIsOneAddWeighted_data()
+    {
+        QTest::addColumn<QRect>("region");
+        QTest::addColumn<int>("strength");
+        QTest::newRow("whole, 37") << QRect(0, 0, 451, 300) << 37;
+        QTest::newRow("whole, 0") << QRect(0, 0, 451, 300) << 0;
+        QTest::newRow("region of a wider picture, 100") << QRect(7, 0, 440, 300) << 100;
+        QTest::newRow("small, 63") << QRect(10, 10, 40, 30) << 63;
+    }
+    void blendIsOneAddWeighted()
+    {
+        QFETCH(QRect, region);
+        QFETCH(int, strength);
+        const cv::Rect cut(region.x(), region.y(), region.width(), region.height());
+        const cv::Mat base = photo()(cut);
+        const cv::Mat lut = applyPreset(photo(), 2, 7)(cut);
+        cv::Mat expected;
+        const double a = double(float(strength) / 100.0f);
+        cv::addWeighted(base, 1.0 - a, lut, a, 1.0, expected);
+        QVERIFY(sameImage(blendLayer(base, lut, strength), expected));
+    }
+
     void brokenLayersAreSkipped_data()
     {
         QTest::addColumn<int>("scene");
