@@ -10,12 +10,16 @@ PACKAGES=(
   qtbase5-dev libqt5svg5-dev qtwebengine5-dev libqt5webchannel5-dev
   libopencv-dev libcurl4-openssl-dev libjsoncpp-dev
   libcpp-httplib-dev libssl-dev openssl
+  # photographs: colour profiles, HEIF/AVIF, camera RAW, Qt's own Chinese texts
+  liblcms2-dev libheif-dev libraw-dev qttranslations5-l10n
   # run and test
   xvfb xauth p7zip-full fonts-wqy-microhei locales
   # window checks and screenshots under Xvfb
   xdotool x11-utils x11-apps netpbm desktop-file-utils libxcb1-dev
+  # test photographs made from real ones (orientation, profiles, HEIC, WebP)
+  libimage-exiftool-perl icc-profiles-free imagemagick libheif-examples webp
   # benchmarks and fuzzing
-  ffmpeg clang libclang-rt-14-dev
+  ffmpeg gmic clang libclang-rt-14-dev
 )
 
 missing=()
