@@ -2,10 +2,11 @@
 //
 // Every pixel goes through tetrahedral interpolation in single precision; the
 // output byte is the value times 255 truncated toward zero and clipped to 0 to
-// 255. The functions below give identical bytes whichever path computes them:
-// applyLutFile and applyLut (LutKernel.h) take the fast path, applyLut8 and
-// applyLutFileReference are the plain one-pixel-at-a-time arithmetic that the
-// fast path is checked against.
+// 255 (16-bit pictures: times 65535, clipped to 0 to 65535). The functions
+// below give identical values whichever path computes them: applyLutFile and
+// applyLut (LutKernel.h) take the fast path; applyLut8, applyLut16,
+// applyLutFileReference and applyLutReference are the plain
+// one-pixel-at-a-time arithmetic that the fast path is checked against.
 #pragma once
 
 #include "LutReader.h"
@@ -22,6 +23,12 @@ struct LutRgb {
 // 16-bit scaled by 1/257 (65535 -> 255) and float (0 to 1) by 255, both
 // rounded to nearest. An 8-bit BGR image is returned as is (shared).
 cv::Mat toBgr8(const cv::Mat& image);
+
+// The image in a form grading keeps as it is: BGR or BGRA at 8 or 16 bits.
+// Grey becomes BGR and grey with alpha BGRA, at their own depth; other depths
+// become 8 bits as toBgr8 converts them; of more than four channels the first
+// three are kept. 8- and 16-bit BGR and BGRA are returned as is (shared).
+cv::Mat toGradable(const cv::Mat& image);
 
 // Reads a LUT file with the reader its extension selects ("dat", "3dl",
 // "cube", "m3d", any case). An unknown or missing extension prints a message
@@ -49,11 +56,24 @@ unsigned char* matToRgbBuffer(const cv::Mat& image, int* cols, int* rows, int* c
 void applyLut8(const Lut3D* lut, const uint8_t* src, uint8_t* dst, int width, int height,
                int lineSize);
 
+// The same for 16-bit values; lineSize counts values, not bytes.
+void applyLut16(const Lut3D* lut, const uint16_t* src, uint16_t* dst, int width, int height,
+                int lineSize);
+
+// The image (as toGradable gives it) graded the plain way, one pixel at a time
+// through applyLut8 or applyLut16: a new image of the same type, alpha copied.
+// Sets the table's rgbaMap and step. Empty stays empty.
+cv::Mat applyLutReference(const cv::Mat& image, Lut3D& lut);
+
 // Tetrahedral interpolation at grid coordinates rgb (0 to lutSize - 1).
 LutRgb interpTetrahedral(const Lut3D* lut, const float rgb[3]);
 
 // The grid coordinate of an 8-bit value for a table of the given size.
 inline float lutInputScale(int lutSize) { return float(lutSize - 1) * 0.003921569f; }
+
+// The grid coordinate of a 16-bit value: 1/65535 as the nearest float (the
+// quotient of two exact floats is correctly rounded).
+inline float lutInputScale16(int lutSize) { return float(lutSize - 1) * (1.0f / 65535.0f); }
 
 // An interpolated value as an output byte: times 255 in single precision,
 // truncated toward zero, clipped. NaN gives 0.
@@ -66,3 +86,22 @@ inline uint8_t lutOutputByte(float value)
         return 255;
     return uint8_t(int(scaled));
 }
+
+// The same as a 16-bit output value: times 65535, truncated, clipped.
+inline uint16_t lutOutputWord(float value)
+{
+    const float scaled = value * 65535.0f;
+    if (!(scaled > 0.0f))
+        return 0;
+    if (scaled >= 65535.0f)
+        return 65535;
+    return uint16_t(int(scaled));
+}
+
+// lutOutputByte or lutOutputWord by the type of the values.
+template <typename T>
+T lutOutput(float value);
+template <>
+inline uint8_t lutOutput<uint8_t>(float value) { return lutOutputByte(value); }
+template <>
+inline uint16_t lutOutput<uint16_t>(float value) { return lutOutputWord(value); }
