@@ -1,6 +1,7 @@
 #include "LayerGrading.h"
 
 #include "GlobalConstants.h"
+#include "ImageBuffers.h"
 #include "LutApply.h"
 #include "LutCache.h"
 
@@ -55,7 +56,8 @@ cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength)
         blendInto(base, lutOut, a, out);
         return out;
     }
-    out.create(base.size(), base.type());
+    // Fresh pages cost more than the blend itself on a large picture.
+    createReusable(out, base.size(), base.type());
     cv::parallel_for_(
         cv::Range(0, base.rows),
         [&](const cv::Range& rows) {
