@@ -24,16 +24,17 @@ cv::Mat applyPreset(const cv::Mat& image, int scene, int file)
     return applyLutFile(image, presetFilePath(kLibrary, scene, file).toLocal8Bit().constData());
 }
 
-// The picture in the given type: 16 bits as every level times 257, a fourth
-// channel from a real transparent picture (the logo's alpha, resized).
+// The picture in the given type: 16 bits as every level times 257, grey for
+// one or two channels, alpha for two or four from a real transparent picture
+// (the logo's alpha, resized).
 cv::Mat photoAs(int type)
 {
     cv::Mat picture = photo();
     if (CV_MAT_DEPTH(type) == CV_16U)
         picture.convertTo(picture, CV_16U, 257.0);
-    if (CV_MAT_CN(type) == 1)
+    if (CV_MAT_CN(type) <= 2)
         cv::cvtColor(picture, picture, cv::COLOR_BGR2GRAY);
-    if (CV_MAT_CN(type) == 4) {
+    if (CV_MAT_CN(type) % 2 == 0) {
         const cv::Mat logo = cv::imread(MELO_SAMPLES_DIR "/logo.png", cv::IMREAD_UNCHANGED);
         cv::Mat alpha;
         cv::extractChannel(logo, alpha, 3);
@@ -165,6 +166,7 @@ private slots:
         QTest::newRow("16-bit BGR") << CV_16UC3 << CV_16UC3;
         QTest::newRow("16-bit BGRA") << CV_16UC4 << CV_16UC4;
         QTest::newRow("16-bit grey") << CV_16UC1 << CV_16UC3;
+        QTest::newRow("16-bit grey with alpha") << CV_16UC2 << CV_16UC4;
     }
     void gradingKeepsDepthAndAlpha()
     {
@@ -174,8 +176,9 @@ private slots:
         const LayerGradeResult result = gradeLayers(base, 1, selection, kLibrary);
         QVERIFY(result.graded);
         QTEST(result.image.type(), "gradedType");
+        if (base.channels() % 2 == 0)
+            QVERIFY(sameImage(plane(result.image, 3), plane(base, base.channels() - 1)));
         if (base.channels() == 4) {
-            QVERIFY(sameImage(plane(result.image, 3), plane(base, 3)));
             cv::Mat colour;
             cv::cvtColor(base, colour, cv::COLOR_BGRA2BGR);
             cv::Mat graded;
