@@ -14,6 +14,7 @@
 #include <opencv2/core.hpp>
 
 #include <cstdint>
+#include <limits>
 
 struct LutRgb {
     float r, g, b;
@@ -75,33 +76,17 @@ inline float lutInputScale(int lutSize) { return float(lutSize - 1) * 0.00392156
 // quotient of two exact floats is correctly rounded).
 inline float lutInputScale16(int lutSize) { return float(lutSize - 1) * (1.0f / 65535.0f); }
 
-// An interpolated value as an output byte: times 255 in single precision,
-// truncated toward zero, clipped. NaN gives 0.
-inline uint8_t lutOutputByte(float value)
-{
-    const float scaled = value * 255.0f;
-    if (!(scaled > 0.0f))
-        return 0;
-    if (scaled >= 255.0f)
-        return 255;
-    return uint8_t(int(scaled));
-}
-
-// The same as a 16-bit output value: times 65535, truncated, clipped.
-inline uint16_t lutOutputWord(float value)
-{
-    const float scaled = value * 65535.0f;
-    if (!(scaled > 0.0f))
-        return 0;
-    if (scaled >= 65535.0f)
-        return 65535;
-    return uint16_t(int(scaled));
-}
-
-// lutOutputByte or lutOutputWord by the type of the values.
+// An interpolated value as an output value of type T (uint8_t or uint16_t):
+// times the largest value (255 or 65535) in single precision, truncated
+// toward zero, clipped. NaN gives 0.
 template <typename T>
-T lutOutput(float value);
-template <>
-inline uint8_t lutOutput<uint8_t>(float value) { return lutOutputByte(value); }
-template <>
-inline uint16_t lutOutput<uint16_t>(float value) { return lutOutputWord(value); }
+inline T lutOutput(float value)
+{
+    constexpr float top = float(std::numeric_limits<T>::max());
+    const float scaled = value * top;
+    if (!(scaled > 0.0f))
+        return 0;
+    if (scaled >= top)
+        return std::numeric_limits<T>::max();
+    return T(int(scaled));
+}
