@@ -50,11 +50,13 @@ inline bool fastPathsAgree(const Lut3D& table, const uint8_t* data, size_t size)
     const bool avx2 = __builtin_cpu_supports("avx2");
     const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
                         __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi");
-    for (LutRowFunction row : {lutRowPortable, avx2 ? lutRowAvx2 : nullptr, avx512 ? lutRowAvx512 : nullptr}) {
-        if (!row)
+    const LutRowFunctions* const paths[] = {&lutRowsPortable, avx2 ? lutRowsAvx2 : nullptr,
+                                            avx512 ? lutRowsAvx512 : nullptr};
+    for (const LutRowFunctions* rows : paths) {
+        if (!rows)
             continue;
         uint8_t out[kPixels * 3];
-        row(*kernel, src, out, kPixels);
+        rows->bgr8(*kernel, src, out, kPixels);
         if (std::memcmp(out, expected, sizeof out) != 0)
             return false;
     }

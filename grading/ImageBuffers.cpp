@@ -12,7 +12,10 @@ namespace {
 
 constexpr size_t kSmallest = size_t(1) << 20;
 constexpr size_t kKeptBuffers = 4;
-constexpr size_t kKeptBytes = size_t(192) << 20;
+// Enough for the LUT output, the blend and the picture below it of a
+// 24-megapixel 16-bit grading (144 MB each): fresh pages for pictures that
+// size cost more than the grading itself.
+constexpr size_t kKeptBytes = size_t(448) << 20;
 constexpr size_t kHugePage = size_t(2) << 20;
 
 class ReusingAllocator : public cv::MatAllocator {

@@ -1,6 +1,7 @@
 #include "LayerGrading.h"
 
 #include "GlobalConstants.h"
+#include "ImageBuffers.h"
 #include "LutApply.h"
 #include "LutCache.h"
 
@@ -27,25 +28,41 @@ void skipLayer(int layer, const char* why, const QString& detail)
 
 int presetFileNumber(PresetLayer layer, int id) { return id + kLayerFileOffsets[int(layer)]; }
 
+namespace {
+
+// One addWeighted over the colour; a fourth channel is the base's alpha,
+// which grading never changes.
+void blendInto(const cv::Mat& base, const cv::Mat& lutOut, double a, cv::Mat& out)
+{
+    cv::addWeighted(base, 1.0 - a, lutOut, a, 1.0, out, -1);
+    if (base.channels() == 4 && out.type() == base.type()) {
+        const int alpha[] = {3, 3};
+        cv::mixChannels(&base, 1, &out, 1, alpha, 1);
+    }
+}
+
+}  // namespace
+
 cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength)
 {
     const double a = double(float(strength) / 100.0f);
     cv::Mat out;
     // The blend is per element, so stripes of rows on both cores give the
-    // same bytes as one call; it matters on the preview, where a slider step
-    // blends up to three layers.
+    // same values as one call; it matters on the preview, where a slider step
+    // blends up to three layers, and on a full-size save.
     const bool stripes = base.size() == lutOut.size() && base.type() == lutOut.type() && base.dims == 2
                          && base.total() >= kPixelsPerBlendStripe * 2;
     if (!stripes) {
-        cv::addWeighted(base, 1.0 - a, lutOut, a, 1.0, out, -1);
+        blendInto(base, lutOut, a, out);
         return out;
     }
-    out.create(base.size(), base.type());
+    // Fresh pages cost more than the blend itself on a large picture.
+    createReusable(out, base.size(), base.type());
     cv::parallel_for_(
         cv::Range(0, base.rows),
         [&](const cv::Range& rows) {
             cv::Mat part = out.rowRange(rows);
-            cv::addWeighted(base.rowRange(rows), 1.0 - a, lutOut.rowRange(rows), a, 1.0, part, -1);
+            blendInto(base.rowRange(rows), lutOut.rowRange(rows), a, part);
         },
         double(base.total()) / kPixelsPerBlendStripe);
     return out;
@@ -89,7 +106,7 @@ LayerGradeResult gradeLayers(const cv::Mat& base, int scene, const LayerSelectio
 {
     LayerGradeResult result;
     result.image = base;
-    const cv::Mat source = toBgr8(base);
+    const cv::Mat source = toGradable(base);
     // A stage of the memo holds while everything before it is unchanged.
     bool unchanged = memo && !source.empty() && samePixels(memo->m_base, source);
     for (int layer = 0; layer < kPresetLayerCount; ++layer) {

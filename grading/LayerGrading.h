@@ -22,7 +22,9 @@ inline constexpr int kPresetLayerCount = 3;
 int presetFileNumber(PresetLayer layer, int id);
 
 // base * (1 - a) + lutOut * a + 1 with a = strength / 100 (single precision,
-// then widened), saturated; the constant 1 is part of the look and is kept.
+// then widened), saturated at the images' depth (8 or 16 bits: the 1 is one
+// level either way); the constant 1 is part of the look and is kept. Of four
+// channels the fourth (alpha) is the base's, unchanged.
 cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength);
 
 struct LayerSelection {
@@ -57,7 +59,8 @@ private:
     Stage m_stages[kPresetLayerCount];
 };
 
-// Grades base (converted to 8-bit BGR as toBgr8 does) with the chosen layers
+// Grades base (as toGradable gives it: BGR or BGRA at 8 or 16 bits, grey
+// made BGR) at its own depth, alpha untouched, with the chosen layers
 // of a scene, reading presets under root. A layer whose preset is missing or
 // unreadable, or any layer when the scene is not 0 to 5, is skipped with one
 // line on standard output; the other layers still apply.

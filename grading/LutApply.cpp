@@ -13,36 +13,54 @@
 #include <cstring>
 #include <string>
 
-cv::Mat toBgr8(const cv::Mat& image)
+cv::Mat toGradable(const cv::Mat& image)
 {
     if (image.empty() || image.dims != 2)
         return cv::Mat();
-    if (image.type() == CV_8UC3)
+    const int depth = image.depth();
+    const int channels = image.channels();
+    const bool keptDepth = depth == CV_8U || depth == CV_16U;
+    if (keptDepth && (channels == 3 || channels == 4))
         return image;
 
-    cv::Mat bytes;
-    switch (image.depth()) {
-    case CV_8U: bytes = image; break;
-    case CV_16U: image.convertTo(bytes, CV_8U, 1.0 / 257.0); break;
-    case CV_32F:
-    case CV_64F: image.convertTo(bytes, CV_8U, 255.0); break;
-    default: image.convertTo(bytes, CV_8U); break;
-    }
-    cv::Mat bgr;
-    const int channels = bytes.channels();
+    cv::Mat values = image;
+    if (depth == CV_32F || depth == CV_64F)
+        image.convertTo(values, CV_8U, 255.0);
+    else if (!keptDepth)
+        image.convertTo(values, CV_8U);
+    cv::Mat out;
     if (channels == 1) {
-        cv::cvtColor(bytes, bgr, cv::COLOR_GRAY2BGR);
+        cv::cvtColor(values, out, cv::COLOR_GRAY2BGR);
     } else if (channels == 2) {
-        // Grey with alpha: the grey plane.
-        cv::Mat grey;
-        cv::extractChannel(bytes, grey, 0);
-        cv::cvtColor(grey, bgr, cv::COLOR_GRAY2BGR);
-    } else {
-        // Colour with alpha or extra planes: the first three.
-        bgr.create(bytes.size(), CV_8UC3);
+        // Grey with alpha: the grey plane three times, then the alpha.
+        out.create(values.size(), CV_MAKETYPE(values.depth(), 4));
+        const int pairs[] = {0, 0, 0, 1, 0, 2, 1, 3};
+        cv::mixChannels(&values, 1, &out, 1, pairs, 4);
+    } else if (channels > 4) {
+        // Extra planes of unknown meaning: the first three.
+        out.create(values.size(), CV_MAKETYPE(values.depth(), 3));
         const int pairs[] = {0, 0, 1, 1, 2, 2};
-        cv::mixChannels(&bytes, 1, &bgr, 1, pairs, 3);
+        cv::mixChannels(&values, 1, &out, 1, pairs, 3);
+    } else {
+        out = values;
     }
+    return out;
+}
+
+cv::Mat toBgr8(const cv::Mat& image)
+{
+    if (image.type() == CV_8UC3)
+        return image;
+    const cv::Mat values = toGradable(image);
+    if (values.empty())
+        return values;
+    cv::Mat bytes = values;
+    if (values.depth() == CV_16U)
+        values.convertTo(bytes, CV_8U, 1.0 / 257.0);
+    if (bytes.channels() == 3)
+        return bytes;
+    cv::Mat bgr;
+    cv::cvtColor(bytes, bgr, cv::COLOR_BGRA2BGR);
     return bgr;
 }
 
@@ -142,22 +160,62 @@ cv::Mat applyLutFileReference(cv::Mat image, const char* path)
     return result;
 }
 
-void applyLut8(const Lut3D* lut, const uint8_t* src, uint8_t* dst, int width, int height, int lineSize)
+namespace {
+
+// The plain arithmetic at either depth.
+template <typename T>
+void applyLutPlain(const Lut3D* lut, const T* src, T* dst, int width, int height, int lineSize)
 {
-    const float scale = lutInputScale(lut->lutSize);
+    const float scale = sizeof(T) == 1 ? lutInputScale(lut->lutSize) : lutInputScale16(lut->lutSize);
     const int r = lut->rgbaMap[0], g = lut->rgbaMap[1], b = lut->rgbaMap[2], a = lut->rgbaMap[3];
     const int step = lut->step;
     for (int y = 0; y < height; ++y, src += lineSize, dst += lineSize) {
         for (int x = 0; x < width * step; x += step) {
             const float s[3] = {src[x + r] * scale, src[x + g] * scale, src[x + b] * scale};
             const LutRgb c = interpTetrahedral(lut, s);
-            dst[x + r] = lutOutputByte(c.r);
-            dst[x + g] = lutOutputByte(c.g);
-            dst[x + b] = lutOutputByte(c.b);
+            dst[x + r] = lutOutput<T>(c.r);
+            dst[x + g] = lutOutput<T>(c.g);
+            dst[x + b] = lutOutput<T>(c.b);
             if (src != dst && step == 4)
                 dst[x + a] = src[x + a];
         }
     }
+}
+
+template <typename T>
+void applyLutReferenceRows(const cv::Mat& src, const Lut3D& lut, cv::Mat& out)
+{
+    for (int y = 0; y < src.rows; ++y)
+        applyLutPlain(&lut, src.ptr<T>(y), out.ptr<T>(y), src.cols, 1, 0);
+}
+
+}  // namespace
+
+void applyLut8(const Lut3D* lut, const uint8_t* src, uint8_t* dst, int width, int height, int lineSize)
+{
+    applyLutPlain(lut, src, dst, width, height, lineSize);
+}
+
+void applyLut16(const Lut3D* lut, const uint16_t* src, uint16_t* dst, int width, int height, int lineSize)
+{
+    applyLutPlain(lut, src, dst, width, height, lineSize);
+}
+
+cv::Mat applyLutReference(const cv::Mat& image, Lut3D& lut)
+{
+    const cv::Mat src = toGradable(image);
+    if (src.empty())
+        return cv::Mat();
+    // Pixels as OpenCV stores them: blue, green, red, alpha.
+    const uint8_t map[4] = {2, 1, 0, 3};
+    std::memcpy(lut.rgbaMap, map, sizeof map);
+    lut.step = src.channels();
+    cv::Mat out(src.size(), src.type());
+    if (src.depth() == CV_16U)
+        applyLutReferenceRows<uint16_t>(src, lut, out);
+    else
+        applyLutReferenceRows<uint8_t>(src, lut, out);
+    return out;
 }
 
 LutRgb interpTetrahedral(const Lut3D* lut, const float s[3])

@@ -27,6 +27,7 @@ std::shared_ptr<const LutKernel> makeLutKernel(const Lut3D& lut)
     // The very expressions of the plain arithmetic, evaluated once per value.
     const float scale = lutInputScale(size);
     kernel->scale = scale;
+    kernel->scale16 = lutInputScale16(size);
     const int last = size - 1;
     for (int v = 0; v < 256; ++v) {
         const float s = float(v) * scale;
@@ -37,29 +38,8 @@ std::shared_ptr<const LutKernel> makeLutKernel(const Lut3D& lut)
     return kernel;
 }
 
-void lutRowPortable(const LutKernel& kernel, const uint8_t* src, uint8_t* dst, std::ptrdiff_t count)
-{
-    const int strideB = 4;
-    const int strideG = kernel.size * strideB;
-    const int strideR = kernel.size * strideG;
-    const float* grid = kernel.grid.data();
-    for (std::ptrdiff_t i = 0; i < count; ++i, src += 3, dst += 3) {
-        const int b = src[0], g = src[1], r = src[2];
-        const float* c000 = grid + kernel.index[r] * strideR + kernel.index[g] * strideG +
-                            kernel.index[b] * strideB;
-        const int up[3] = {(kernel.next[r] - kernel.index[r]) * strideR,
-                           (kernel.next[g] - kernel.index[g]) * strideG,
-                           (kernel.next[b] - kernel.index[b]) * strideB};
-        const LutRgb c = lutTetrahedral(kernel.fraction[r], kernel.fraction[g], kernel.fraction[b],
-                                        [&](int ur, int ug, int ub) {
-                                            return c000 + (ur ? up[0] : 0) + (ug ? up[1] : 0) +
-                                                   (ub ? up[2] : 0);
-                                        });
-        dst[0] = lutOutputByte(c.b);
-        dst[1] = lutOutputByte(c.g);
-        dst[2] = lutOutputByte(c.r);
-    }
-}
+const LutRowFunctions lutRowsPortable = {lutRowPortable<uint8_t, 3>, lutRowPortable<uint8_t, 4>,
+                                         lutRowPortable<uint16_t, 3>, lutRowPortable<uint16_t, 4>};
 
 namespace {
 
@@ -67,9 +47,9 @@ bool pathAvailable(LutPath path)
 {
     switch (path) {
     case LutPath::Portable: return true;
-    case LutPath::Avx2: return lutRowAvx2 && cv::checkHardwareSupport(CV_CPU_AVX2);
+    case LutPath::Avx2: return lutRowsAvx2 && cv::checkHardwareSupport(CV_CPU_AVX2);
     case LutPath::Avx512:
-        return lutRowAvx512 && cv::checkHardwareSupport(CV_CPU_AVX_512F) &&
+        return lutRowsAvx512 && cv::checkHardwareSupport(CV_CPU_AVX_512F) &&
                cv::checkHardwareSupport(CV_CPU_AVX_512VL) && cv::checkHardwareSupport(CV_CPU_AVX_512BW) &&
                cv::checkHardwareSupport(CV_CPU_AVX_512VBMI);
     }
@@ -99,12 +79,12 @@ std::atomic<LutPath>& currentPath()
     return path;
 }
 
-LutRowFunction rowFunction(LutPath path)
+const LutRowFunctions& rowFunctions(LutPath path)
 {
     switch (path) {
-    case LutPath::Avx2: return lutRowAvx2;
-    case LutPath::Avx512: return lutRowAvx512;
-    default: return lutRowPortable;
+    case LutPath::Avx2: return *lutRowsAvx2;
+    case LutPath::Avx512: return *lutRowsAvx512;
+    default: return lutRowsPortable;
     }
 }
 
@@ -124,15 +104,11 @@ bool setLutPath(LutPath path)
     return true;
 }
 
-void applyLutInto(const cv::Mat& image, const LutKernel& kernel, cv::Mat& out)
+namespace {
+
+template <typename T>
+void gradeRows(const cv::Mat& src, const LutKernel& kernel, LutRowFunction<T> row, cv::Mat& out)
 {
-    const cv::Mat src = toBgr8(image);
-    if (src.empty()) {
-        out.release();
-        return;
-    }
-    createReusable(out, src.size(), CV_8UC3);
-    const LutRowFunction row = rowFunction(lutPath());
     const int cols = src.cols;
     const bool continuous = src.isContinuous() && out.isContinuous();
     const double stripes = std::max(1.0, double(src.total()) / kPixelsPerStripe);
@@ -140,19 +116,38 @@ void applyLutInto(const cv::Mat& image, const LutKernel& kernel, cv::Mat& out)
         cv::Range(0, src.rows),
         [&](const cv::Range& rows) {
             if (continuous) {
-                row(kernel, src.ptr(rows.start), out.ptr(rows.start),
+                row(kernel, src.ptr<T>(rows.start), out.ptr<T>(rows.start),
                     std::ptrdiff_t(rows.end - rows.start) * cols);
                 return;
             }
             for (int y = rows.start; y < rows.end; ++y)
-                row(kernel, src.ptr(y), out.ptr(y), cols);
+                row(kernel, src.ptr<T>(y), out.ptr<T>(y), cols);
         },
         stripes);
 }
 
-cv::Mat applyLut(const cv::Mat& bgr8, const LutKernel& kernel)
+}  // namespace
+
+void applyLutInto(const cv::Mat& image, const LutKernel& kernel, cv::Mat& out)
+{
+    const cv::Mat src = toGradable(image);
+    if (src.empty()) {
+        out.release();
+        return;
+    }
+    createReusable(out, src.size(), src.type());
+    const LutRowFunctions& rows = rowFunctions(lutPath());
+    switch (src.type()) {
+    case CV_8UC3: gradeRows(src, kernel, rows.bgr8, out); break;
+    case CV_8UC4: gradeRows(src, kernel, rows.bgra8, out); break;
+    case CV_16UC3: gradeRows(src, kernel, rows.bgr16, out); break;
+    default: gradeRows(src, kernel, rows.bgra16, out); break;
+    }
+}
+
+cv::Mat applyLut(const cv::Mat& image, const LutKernel& kernel)
 {
     cv::Mat out;
-    applyLutInto(bgr8, kernel, out);
+    applyLutInto(image, kernel, out);
     return out;
 }

@@ -1,6 +1,7 @@
-// A LUT prepared once for fast application to 8-bit BGR images.
+// A LUT prepared once for fast application to BGR and BGRA images of 8 or
+// 16 bits per channel.
 //
-// applyLut gives exactly the bytes of the plain arithmetic in LutApply.h; it
+// applyLut gives exactly the values of the plain arithmetic in LutApply.h; it
 // processes rows on all cores and, where the processor has AVX2 or AVX-512,
 // eight pixels at a time. The implementation is chosen once, at first use;
 // the environment variable MELO_LUT_PATH (portable, avx2, avx512) or
@@ -17,7 +18,8 @@
 
 struct LutKernel {
     int size = 0;        // grid points per axis
-    float scale = 0.0f;  // grid coordinate per 8-bit input level
+    float scale = 0.0f;    // grid coordinate per 8-bit input level
+    float scale16 = 0.0f;  // grid coordinate per 16-bit input level
     // size^3 entries of red, green, blue and a zero pad, blue fastest: entry
     // (r, g, b) starts at float ((r * size + g) * size + b) * 4.
     std::vector<float> grid;
@@ -31,13 +33,14 @@ struct LutKernel {
 // The kernel of a table read by one of the readers (lutSize 2 to 64).
 std::shared_ptr<const LutKernel> makeLutKernel(const Lut3D& lut);
 
-// The image graded by the kernel: a new 8-bit BGR image of the same size
-// (an input of another type is converted as toBgr8 does; empty stays empty).
-// Its memory comes from reusingImageAllocator (ImageBuffers.h).
-cv::Mat applyLut(const cv::Mat& bgr8, const LutKernel& kernel);
+// The image graded by the kernel: a new image of the same size, type and
+// depth, 8- or 16-bit BGR or BGRA, with the alpha channel copied unchanged
+// (an input of another type is converted as toGradable does; empty stays
+// empty). Its memory comes from reusingImageAllocator (ImageBuffers.h).
+cv::Mat applyLut(const cv::Mat& image, const LutKernel& kernel);
 // The same into out (reallocated unless it already has the right size and
 // type; out may be the input itself).
-void applyLutInto(const cv::Mat& bgr8, const LutKernel& kernel, cv::Mat& out);
+void applyLutInto(const cv::Mat& image, const LutKernel& kernel, cv::Mat& out);
 
 enum class LutPath { Portable, Avx2, Avx512 };
 LutPath lutPath();

@@ -1,4 +1,4 @@
-// The SIMD row function for processors with AVX2.
+// The SIMD row functions for processors with AVX2.
 #include "LutRows.h"
 
 #if defined(__x86_64__) || defined(_M_X64)
@@ -7,10 +7,10 @@
 #define MELO_SIMD_AVX512 0
 #include "LutRowsSimd.inc"
 
-const LutRowFunction lutRowAvx2 = rowSimd;
+const LutRowFunctions* const lutRowsAvx2 = &simdRows;
 
 #else
 
-const LutRowFunction lutRowAvx2 = nullptr;
+const LutRowFunctions* const lutRowsAvx2 = nullptr;
 
 #endif

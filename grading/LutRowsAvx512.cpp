@@ -1,4 +1,4 @@
-// The SIMD row function for processors with AVX-512 (F, VL, BW, VBMI): masks
+// The SIMD row functions for processors with AVX-512 (F, VL, BW, VBMI): masks
 // and byte permutes make the per-pixel set-up shorter than with AVX2.
 #include "LutRows.h"
 
@@ -8,10 +8,10 @@
 #define MELO_SIMD_AVX512 1
 #include "LutRowsSimd.inc"
 
-const LutRowFunction lutRowAvx512 = rowSimd;
+const LutRowFunctions* const lutRowsAvx512 = &simdRows;
 
 #else
 
-const LutRowFunction lutRowAvx512 = nullptr;
+const LutRowFunctions* const lutRowsAvx512 = nullptr;
 
 #endif

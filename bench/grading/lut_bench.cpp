@@ -4,7 +4,10 @@
 //   lut_bench [--quick]
 //
 // The picture is a real sample photograph upscaled to 6000x4000 with film-like
-// grain added, so neighbouring pixels differ as they do in a camera image.
+// grain added, so neighbouring pixels differ as they do in a camera image. Its
+// 16-bit version is every level times 257 with fine grain in the low bits.
+// The fast results are checked against the plain arithmetic; the bench says
+// how many values differ (0 is the only acceptable figure).
 #include "LayerGrading.h"
 #include "LutApply.h"
 #include "LutCache.h"
@@ -64,6 +67,23 @@ cv::Mat photographLike(const char* name, cv::Size size)
     return grainy;
 }
 
+// The 8-bit picture at 16 bits, with grain below one 8-bit level.
+cv::Mat sixteenBits(const cv::Mat& image)
+{
+    cv::Mat wide, fine(image.size(), CV_16UC3);
+    image.convertTo(wide, CV_16U, 257.0);
+    cv::randu(fine, 0, 257);
+    return wide + fine;
+}
+
+// How many values of the fast result differ from the plain arithmetic's.
+double mismatches(const cv::Mat& image, const LutKernel& kernel, Lut3D& lut)
+{
+    cv::Mat difference;
+    cv::absdiff(applyLut(image, kernel), applyLutReference(image, lut), difference);
+    return cv::countNonZero(difference.reshape(1));
+}
+
 // Wall time of one ffmpeg run over the picture with the given video filter.
 double ffmpegMs(const std::string& input, const std::string& filter)
 {
@@ -91,22 +111,37 @@ int main(int argc, char** argv)
         fprintf(stderr, "lut_bench: cannot read %s\n", cube.c_str());
         return 1;
     }
-    cv::Mat out;
+    const cv::Mat image16 = sixteenBits(image);
+    cv::Mat out, out16;
     applyLutInto(image, *kernel, out);  // warm up threads and pages
-    report("apply_33_24mp_ms", medianMs(quick ? 5 : 21, [&] { out = applyLut(image, *kernel); }), "ms");
+    applyLutInto(image16, *kernel, out16);
+    const double apply8 = medianMs(quick ? 5 : 21, [&] { out = applyLut(image, *kernel); });
+    report("apply_33_24mp_ms", apply8, "ms");
     report("apply_33_24mp_reused_output_ms", medianMs(quick ? 5 : 21, [&] { applyLutInto(image, *kernel, out); }),
            "ms");
+    const double apply16 = medianMs(quick ? 5 : 21, [&] { out16 = applyLut(image16, *kernel); });
+    report("apply_33_24mp_16bit_ms", apply16, "ms");
+    report("apply_16bit_to_8bit_ratio", apply16 / apply8, "times");
     // The other implementations, for comparison.
     const LutPath chosen = lutPath();
     const struct {
         LutPath path;
         const char* name;
-    } others[] = {{LutPath::Avx2, "apply_33_24mp_avx2_ms"}, {LutPath::Portable, "apply_33_24mp_portable_ms"}};
+        const char* name16;
+    } others[] = {{LutPath::Avx2, "apply_33_24mp_avx2_ms", "apply_33_24mp_16bit_avx2_ms"},
+                  {LutPath::Portable, "apply_33_24mp_portable_ms", "apply_33_24mp_16bit_portable_ms"}};
     for (const auto& other : others) {
-        if (other.path != chosen && setLutPath(other.path))
+        if (other.path != chosen && setLutPath(other.path)) {
             report(other.name, medianMs(quick ? 3 : 5, [&] { applyLutInto(image, *kernel, out); }), "ms");
+            report(other.name16, medianMs(quick ? 3 : 5, [&] { applyLutInto(image16, *kernel, out16); }), "ms");
+        }
     }
     setLutPath(chosen);
+    if (Lut3D* lut = readLutFile(cube.c_str())) {
+        report("apply_33_24mp_reference_mismatches", mismatches(image, *kernel, *lut), "values");
+        report("apply_33_24mp_16bit_reference_mismatches", mismatches(image16, *kernel, *lut), "values");
+        free(lut);
+    }
     report("scalar_ref_24mp_ms",
            medianMs(quick ? 1 : 3, [&] { out = applyLutFileReference(image, cube.c_str()); }), "ms");
 
@@ -130,15 +165,20 @@ int main(int argc, char** argv)
         }
     }
 
-    // One preview regrade as the editor does it: three layers, each a LUT
-    // application and a blend, on a 1200 x 900 preview (tables cached).
-    const cv::Mat preview = photographLike("chelsea.png", cv::Size(1200, 900));
+    // Three layers, each a LUT application and a blend (tables cached): a
+    // full-size save's grading of the 24-megapixel picture at 8 and at 16
+    // bits, then one preview regrade as the editor does it, on 1200 x 900.
     LayerSelection selection;
     selection.ids[0] = 0;
     selection.ids[1] = 1;
     selection.ids[2] = 5;
     selection.strengths[1] = 60;
     const QString library = QStringLiteral(MELO_PRESET_DIR "/MELO");
+    report("grade_24mp_3layers_ms", medianMs(quick ? 3 : 7, [&] { gradeLayers(image, 1, selection, library); }),
+           "ms");
+    report("grade_24mp_3layers_16bit_ms",
+           medianMs(quick ? 3 : 7, [&] { gradeLayers(image16, 1, selection, library); }), "ms");
+    const cv::Mat preview = photographLike("chelsea.png", cv::Size(1200, 900));
     gradeLayers(preview, 1, selection, library);
     report("grade_preview_3layers_ms", medianMs(quick ? 5 : 41, [&] { gradeLayers(preview, 1, selection, library); }),
            "ms");

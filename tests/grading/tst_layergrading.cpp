@@ -4,6 +4,7 @@
 #include "LutApply.h"
 
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -21,6 +22,34 @@ cv::Mat photo()
 cv::Mat applyPreset(const cv::Mat& image, int scene, int file)
 {
     return applyLutFile(image, presetFilePath(kLibrary, scene, file).toLocal8Bit().constData());
+}
+
+// The picture in the given type: 16 bits as every level times 257, grey for
+// one or two channels, alpha for two or four from a real transparent picture
+// (the logo's alpha, resized).
+cv::Mat photoAs(int type)
+{
+    cv::Mat picture = photo();
+    if (CV_MAT_DEPTH(type) == CV_16U)
+        picture.convertTo(picture, CV_16U, 257.0);
+    if (CV_MAT_CN(type) <= 2)
+        cv::cvtColor(picture, picture, cv::COLOR_BGR2GRAY);
+    if (CV_MAT_CN(type) % 2 == 0) {
+        const cv::Mat logo = cv::imread(MELO_SAMPLES_DIR "/logo.png", cv::IMREAD_UNCHANGED);
+        cv::Mat alpha;
+        cv::extractChannel(logo, alpha, 3);
+        cv::resize(alpha, alpha, picture.size(), 0, 0, cv::INTER_NEAREST);
+        alpha.convertTo(alpha, picture.depth(), picture.depth() == CV_16U ? 257.0 : 1.0);
+        cv::merge(std::vector<cv::Mat>{picture, alpha}, picture);
+    }
+    return picture;
+}
+
+cv::Mat plane(const cv::Mat& image, int channel)
+{
+    cv::Mat one;
+    cv::extractChannel(image, one, channel);
+    return one;
 }
 
 }  // namespace
@@ -78,6 +107,86 @@ private slots:
         const double a = double(float(strength) / 100.0f);
         cv::addWeighted(base, 1.0 - a, lut, a, 1.0, expected);
         QVERIFY(sameImage(blendLayer(base, lut, strength), expected));
+    }
+
+    // The blend rule at the ends of the range, at 8 and 16 bits: the constant
+    // adds one level and saturates; alpha is the base's. Large pictures take
+    // the striped path, small ones a single call.
+    void blendRuleAtTheExtremes_data()
+    {
+        QTest::addColumn<int>("depth");
+        QTest::addColumn<int>("strength");
+        QTest::addColumn<int>("base");
+        QTest::addColumn<int>("lut");
+        QTest::addColumn<int>("blended");
+        QTest::newRow("16-bit, 0, white") << CV_16U << 0 << 65535 << 0 << 65535;
+        QTest::newRow("16-bit, 0, black") << CV_16U << 0 << 0 << 65535 << 1;
+        QTest::newRow("16-bit, 100, white") << CV_16U << 100 << 0 << 65535 << 65535;
+        QTest::newRow("16-bit, 100, black") << CV_16U << 100 << 65535 << 0 << 1;
+        QTest::newRow("16-bit, 50") << CV_16U << 50 << 0 << 65534 << 32768;
+        QTest::newRow("8-bit, 100, black") << CV_8U << 100 << 255 << 0 << 1;
+        QTest::newRow("8-bit, 0, white") << CV_8U << 0 << 255 << 0 << 255;
+    }
+    void blendRuleAtTheExtremes()
+    {
+        QFETCH(int, depth);
+        QFETCH(int, strength);
+        QFETCH(int, base);
+        QFETCH(int, lut);
+        QFETCH(int, blended);
+        for (const cv::Size size : {cv::Size(401, 400), cv::Size(7, 5)}) {
+            for (int channels : {3, 4}) {
+                const int type = CV_MAKETYPE(depth, channels);
+                cv::Mat below(size, type, cv::Scalar::all(base)), over(size, type, cv::Scalar::all(lut));
+                cv::Mat alpha(size, depth);
+                cv::randu(alpha, 0, depth == CV_16U ? 65536 : 256);
+                if (channels == 4) {
+                    cv::insertChannel(alpha, below, 3);
+                    cv::insertChannel(255 - alpha, over, 3);
+                }
+                const cv::Mat out = blendLayer(below, over, strength);
+                QCOMPARE(out.type(), type);
+                for (int c = 0; c < 3; ++c)
+                    QCOMPARE(cv::countNonZero(plane(out, c) != blended), 0);
+                QVERIFY(channels == 3 || sameImage(plane(out, 3), alpha));
+            }
+        }
+    }
+
+    // Grading keeps the base's depth and its alpha; the colour of a BGRA
+    // picture is graded as the BGR picture would be, and 16-bit grading comes
+    // within a few levels of the 8-bit grading of the same picture (which
+    // truncates each LUT output and adds a whole 8-bit level per blend: about
+    // two levels apart on average, at most five for these presets).
+    void gradingKeepsDepthAndAlpha_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("gradedType");
+        QTest::newRow("8-bit BGRA") << CV_8UC4 << CV_8UC4;
+        QTest::newRow("16-bit BGR") << CV_16UC3 << CV_16UC3;
+        QTest::newRow("16-bit BGRA") << CV_16UC4 << CV_16UC4;
+        QTest::newRow("16-bit grey") << CV_16UC1 << CV_16UC3;
+        QTest::newRow("16-bit grey with alpha") << CV_16UC2 << CV_16UC4;
+    }
+    void gradingKeepsDepthAndAlpha()
+    {
+        QFETCH(int, type);
+        const cv::Mat base = photoAs(type);
+        const LayerSelection selection{{2, 1, 5}, {100, 45, 70}};
+        const LayerGradeResult result = gradeLayers(base, 1, selection, kLibrary);
+        QVERIFY(result.graded);
+        QTEST(result.image.type(), "gradedType");
+        if (base.channels() % 2 == 0)
+            QVERIFY(sameImage(plane(result.image, 3), plane(base, base.channels() - 1)));
+        if (base.channels() == 4) {
+            cv::Mat colour;
+            cv::cvtColor(base, colour, cv::COLOR_BGRA2BGR);
+            cv::Mat graded;
+            cv::cvtColor(result.image, graded, cv::COLOR_BGRA2BGR);
+            QVERIFY(sameImage(graded, gradeLayers(colour, 1, selection, kLibrary).image));
+        }
+        const cv::Mat at8 = gradeLayers(toBgr8(base), 1, selection, kLibrary).image;
+        QVERIFY(cv::norm(toBgr8(result.image), at8, cv::NORM_INF) <= 6);
     }
 
     void brokenLayersAreSkipped_data()

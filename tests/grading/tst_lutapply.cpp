@@ -1,9 +1,12 @@
-// Applying LUT files: the fast paths give the plain arithmetic's bytes for
-// every 8-bit colour, and applyLutFile's dispatch and guards.
+// Applying LUT files: the fast paths give the plain arithmetic's values for
+// every 8-bit colour and for 16-bit and four-channel pictures, and
+// applyLutFile's dispatch and guards.
 #include "GradingTestSupport.h"
 #include "LutApply.h"
+#include "LutCache.h"
 #include "LutKernel.h"
 
+#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include <QTemporaryDir>
@@ -33,6 +36,51 @@ cv::Mat applyWithPath(LutPath path, const cv::Mat& image, const QByteArray& file
     cv::Mat out = applyLutFile(image, file.constData());
     setLutPath(before);
     return out;
+}
+
+// With the given implementation, as applyWithPath.
+cv::Mat applyKernelWithPath(LutPath path, const cv::Mat& image, const LutKernel& kernel)
+{
+    const LutPath before = lutPath();
+    setLutPath(path);
+    cv::Mat out = applyLut(image, kernel);
+    setLutPath(before);
+    return out;
+}
+
+// 16-bit colours from every pairing of levels per channel: equal, rising and
+// falling fractions in every order (every tetrahedron and its ties), grid
+// points, both ends of the range and their neighbours.
+cv::Mat levelCombinations16()
+{
+    const int levels[] = {0,     1,     2,     255,   256,   2047,  2048,  2049,  4095,  12345, 20000, 30001,
+                          32767, 32768, 40000, 47000, 51234, 63487, 63488, 65280, 65533, 65534, 65535};
+    const int n = int(sizeof levels / sizeof levels[0]);
+    cv::Mat image(n * n, n, CV_16UC3);
+    for (int r = 0; r < n; ++r)
+        for (int g = 0; g < n; ++g)
+            for (int b = 0; b < n; ++b)
+                image.at<cv::Vec3w>(r * n + g, b) = cv::Vec3w(levels[b], levels[g], levels[r]);
+    return image;
+}
+
+// A sample photograph at 16 bits: every level times 257 with the low bits
+// filled in, so neighbouring values differ below one 8-bit step too.
+cv::Mat photograph16(const char* name)
+{
+    const cv::Mat photo = cv::imread(std::string(MELO_SAMPLES_DIR "/") + name, cv::IMREAD_UNCHANGED);
+    cv::Mat wide, fine(photo.size(), CV_16UC(photo.channels()));
+    photo.convertTo(wide, CV_16U, 257.0);
+    cv::randu(fine, 0, 257);
+    return wide + fine;  // saturates at 65535
+}
+
+cv::Mat withAlpha(const cv::Mat& bgr)
+{
+    cv::Mat alpha(bgr.size(), bgr.depth()), bgra;
+    cv::randu(alpha, 0, bgr.depth() == CV_16U ? 65536 : 256);
+    cv::merge(std::vector<cv::Mat>{bgr, alpha}, bgra);
+    return bgra;
 }
 
 }  // namespace
@@ -92,6 +140,63 @@ private slots:
         // A region: rows not contiguous, widths not whole batches of pixels.
         const cv::Rect region(3, 5, 1021, 77);
         QVERIFY(sameImage(applyWithPath(path, m_everyColour(region), file), expected(region)));
+    }
+
+    // 16 bits and alpha: every path gives the values of the plain arithmetic
+    // (applyLut16, applyLut8 with four channels), keeps the type and copies
+    // the alpha channel, also in place and on a region whose rows are not
+    // contiguous and not whole batches of pixels.
+    void otherFormatsMatchThePlainArithmetic_data() { everyColourMatchesThePlainArithmetic_data(); }
+    void otherFormatsMatchThePlainArithmetic()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(LutPath, path);
+        Lut3D* lut = readLutFile(file.constData());
+        const auto kernel = loadLutCached(file.toStdString());
+        QVERIFY(lut && kernel);
+        const cv::Mat logo = cv::imread(MELO_SAMPLES_DIR "/logo.png", cv::IMREAD_UNCHANGED);
+        const cv::Mat images[] = {levelCombinations16(), withAlpha(levelCombinations16()),
+                                  photograph16("chelsea.png"), photograph16("logo.png"), logo};
+        for (const cv::Mat& image : images) {
+            const cv::Mat expected = applyLutReference(image, *lut);
+            const cv::Mat out = applyKernelWithPath(path, image, *kernel);
+            QCOMPARE(out.type(), image.type());
+            QVERIFY(sameImage(out, expected));
+            const cv::Rect region(3, 1, image.cols - 10, image.rows - 2);
+            QVERIFY(sameImage(applyKernelWithPath(path, image(region), *kernel), expected(region)));
+            if (image.channels() == 4) {
+                cv::Mat inPlace = image.clone(), alpha, alphaAfter;
+                const LutPath before = lutPath();
+                setLutPath(path);
+                applyLutInto(inPlace, *kernel, inPlace);
+                setLutPath(before);
+                QVERIFY(sameImage(inPlace, expected));
+                cv::extractChannel(image, alpha, 3);
+                cv::extractChannel(out, alphaAfter, 3);
+                QVERIFY(sameImage(alphaAfter, alpha));
+            }
+        }
+        free(lut);
+    }
+
+    // An identity table gives every 16-bit level back, or one level less
+    // where the product truncates; both ends exactly.
+    void identityAt16Bits()
+    {
+        QTemporaryDir dir;
+        const QByteArray file = (dir.path() + "/identity.cube").toLocal8Bit();
+        QVERIFY(writeFileBytes(file, cubeText(2, [](float r, float g, float b) { return LutRgb{r, g, b}; })));
+        cv::Mat levels(256, 256, CV_16UC1), image;
+        for (int v = 0; v < 65536; ++v)
+            levels.at<uint16_t>(v / 256, v % 256) = uint16_t(v);
+        cv::cvtColor(levels, image, cv::COLOR_GRAY2BGR);
+        cv::Mat difference;
+        cv::subtract(image, applyLut(image, *loadLutCached(file.toStdString())), difference, cv::noArray(), CV_32S);
+        double low = 0, high = 0;
+        cv::minMaxLoc(difference.reshape(1), &low, &high);
+        QVERIFY(low == 0 && high == 1 && cv::countNonZero(difference.reshape(1)) < 3 * 65536);
+        const cv::Mat ends = (cv::Mat_<cv::Vec3w>(1, 2) << cv::Vec3w(0, 0, 0), cv::Vec3w(65535, 65535, 65535));
+        QVERIFY(sameImage(applyLut(ends, *loadLutCached(file.toStdString())), ends));
     }
 
     // What applying a file gives on every path and in the plain arithmetic
