@@ -2,6 +2,7 @@
 // every 8-bit colour, and applyLutFile's dispatch and guards.
 #include "GradingTestSupport.h"
 #include "LutApply.h"
+#include "LutCache.h"
 #include "LutKernel.h"
 
 #include <opencv2/imgproc.hpp>
@@ -128,6 +129,7 @@ private slots:
         cv::randu(image, 0, 256);
         const cv::Mat before = image.clone();
         for (int path = 0; path < 4; ++path) {
+            clearLutCache();  // a failed read is remembered; each path reads afresh
             cv::Mat out;
             QTEST(captureStdout([&] {
                       out = path < 3 ? applyWithPath(LutPath(path), image, file)
