@@ -1,11 +1,9 @@
 #include "DownLoadTarget.h"
 
-#include "GlobalConstants.h"
-#include "SettingsStore.h"
-
-#include <QCoreApplication>
+#include <QDir>
 #include <QRegularExpression>
 #include <QSaveFile>
+#include <QStandardPaths>
 
 namespace {
 const QChar kBatchSeparator = QLatin1Char('|');
@@ -64,12 +62,12 @@ QString downloadTargetPath(const QString& folder, const QString& name)
 
 QString avatarFolder()
 {
-    const QString key = QString::fromUtf8(kProductKey);
-    const QString installed = readSettingValue(key, QString::fromUtf8(kInstallLocation));
-    if (!installed.isEmpty())
-        return installed;
-    const QString folder = QCoreApplication::applicationDirPath();
-    writeSettingValue(key, QString::fromUtf8(kProductName), folder);
+    // The bytes come from an address a page chose: they belong to the user's
+    // own cache, never to the shared install folder.
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
+    if (folder.isEmpty())
+        folder = QDir::tempPath();
+    QDir().mkpath(folder);
     return folder;
 }
 

@@ -26,8 +26,7 @@ QString plainFileName(const QString& name);
 // "%1//%2" of the folder and the plain file name; empty when the name is refused.
 QString downloadTargetPath(const QString& folder, const QString& name);
 
-// The folder of the avatar: the install folder, else the executable's folder,
-// which is then recorded under the value "MELO" of the product key.
+// The folder of the avatar: the per-user cache folder, created when missing.
 QString avatarFolder();
 
 // Writes all bytes to the path; the file is replaced only when the whole

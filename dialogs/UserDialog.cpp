@@ -1,5 +1,6 @@
 #include "UserDialog.h"
 
+#include "AvatarPicture.h"
 #include "CardStyle.h"
 
 #include "GlobalConstants.h"
@@ -46,12 +47,15 @@ UserDialog::UserDialog(QWidget* parent, const QString&, const QString&) : QDialo
     m_nameLabel->setGeometry(94, 51, 140, 18);
     m_nameLabel->setFont(QFont(QString::fromUtf8(kFontFamily), 16));
     m_nameLabel->setStyleSheet(QStringLiteral("color:rgb(51,51,51);"));
+    // Name and balance come from the page: shown as they are, never as markup.
+    m_nameLabel->setTextFormat(Qt::PlainText);
 
     m_numLabel = new QLabel(this);
     m_numLabel->setObjectName(QStringLiteral("numLabel"));
     m_numLabel->setGeometry(54, 112, 130, 18);
     m_numLabel->setFont(QFont(QString::fromUtf8(kFontFamily), 12));
     m_numLabel->setStyleSheet(QStringLiteral("color:rgb(255,115,22);"));
+    m_numLabel->setTextFormat(Qt::PlainText);
 
     auto* quitBtn = makeButton(this, "quitBtn", QRect(276, 51, 52, 21), QStringLiteral(
         "QPushButton{border-image:url(:/BrisaQT/Resources/userQuit_normal.png);"
@@ -83,11 +87,11 @@ void UserDialog::setUserInfo(const QString& name, const QString& count)
 
 bool UserDialog::setUserPicture(const QString& path)
 {
-    QPixmap picture;
-    if (path.isEmpty() || !picture.load(path))
+    const QImage picture = readAvatarPicture(path);
+    if (picture.isNull())
         return false;
-    m_faceLabel->setPixmap(
-        picture.scaled(m_faceLabel->frameSize(), Qt::KeepAspectRatio, Qt::FastTransformation));
+    m_faceLabel->setPixmap(QPixmap::fromImage(
+        picture.scaled(m_faceLabel->frameSize(), Qt::KeepAspectRatio, Qt::FastTransformation)));
     return true;
 }
 

@@ -19,7 +19,7 @@ public:
     // Name as given; the count exactly as the page sent it.
     void setUserInfo(const QString& name, const QString& count);
     // Shows the picture scaled into the face label, aspect kept. A file that
-    // cannot be read leaves the previous picture and returns false.
+    // readAvatarPicture refuses leaves the previous picture and returns false.
     bool setUserPicture(const QString& path);
 
 signals:

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <list>
+#include <map>
 #include <mutex>
 
 namespace {
@@ -24,8 +25,14 @@ struct Entry {
     std::shared_ptr<const LutKernel> kernel;
 };
 
+// Files that failed to read, with the size and time they had then: such a
+// file is not read again until it changes, so a broken or huge preset costs
+// its reading time once, not at every click.
+constexpr size_t kFailureCapacity = 256;
+
 std::mutex g_mutex;
 std::list<Entry> g_entries;  // most recently used first
+std::map<std::string, Stamp> g_failures;
 
 bool stampOf(const std::string& path, Stamp& stamp)
 {
@@ -52,15 +59,26 @@ std::shared_ptr<const LutKernel> loadLutCached(const std::string& path)
                 return it->kernel;
             }
         }
+        const auto failed = g_failures.find(path);
+        if (failed != g_failures.end() && failed->second == stamp)
+            return nullptr;
     }
 
     Lut3D* lut = readLutFile(path.c_str());
-    if (!lut)
+    if (!lut) {
+        if (stamped) {
+            std::lock_guard<std::mutex> lock(g_mutex);
+            if (g_failures.size() >= kFailureCapacity)
+                g_failures.erase(g_failures.begin());
+            g_failures[path] = stamp;
+        }
         return nullptr;
+    }
     std::shared_ptr<const LutKernel> kernel = makeLutKernel(*lut);
     free(lut);
     if (stamped) {
         std::lock_guard<std::mutex> lock(g_mutex);
+        g_failures.erase(path);
         g_entries.remove_if([&](const Entry& entry) { return entry.path == path; });
         g_entries.push_front({path, stamp, kernel});
         if (g_entries.size() > kCapacity)
@@ -73,4 +91,5 @@ void clearLutCache()
 {
     std::lock_guard<std::mutex> lock(g_mutex);
     g_entries.clear();
+    g_failures.clear();
 }

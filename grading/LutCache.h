@@ -1,5 +1,7 @@
 // Parsed tables cached by path, so a preset used again is not read again.
-// An entry is reused while the file keeps its size and modification time.
+// An entry is reused while the file keeps its size and modification time; a
+// file that failed to read is likewise not read again until one of them
+// changes.
 // Safe to call from several threads.
 #pragma once
 
@@ -12,5 +14,5 @@
 // when it cannot be read; the reasons are printed as readLutFile prints them.
 std::shared_ptr<const LutKernel> loadLutCached(const std::string& path);
 
-// Forgets every cached table.
+// Forgets every cached table and every remembered failure.
 void clearLutCache();

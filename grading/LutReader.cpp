@@ -6,6 +6,15 @@
 #include <cstdlib>
 #include <cstring>
 
+#ifdef _WIN32
+#include <sys/stat.h>
+#include <sys/types.h>
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
 namespace {
 
 // Lines are read in pieces of this size; a longer line is read in several.
@@ -30,11 +39,52 @@ bool startsWith(const char* line, const char* prefix)
     return strncmp(line, prefix, strlen(prefix)) == 0;
 }
 
+// Opens a LUT file for reading, or returns null. Only a regular file of at
+// most kMaxLutFileBytes is opened: a FIFO would block the open or the first
+// read for good, a device such as /dev/zero never ends, a directory holds no
+// table. The check is made on the opened file itself, so the path cannot be
+// swapped between the check and the reading.
+FILE* openLutFile(const char* path)
+{
+#ifdef _WIN32
+    struct _stat64 info;
+    if (_stat64(path, &info) != 0)
+        return nullptr;
+    if ((info.st_mode & _S_IFMT) != _S_IFREG) {
+        printf("Not a regular file\n");
+        return nullptr;
+    }
+    if (info.st_size > kMaxLutFileBytes) {
+        printf("LUT file too large\n");
+        return nullptr;
+    }
+    return fopen(path, "r");
+#else
+    // Without O_NONBLOCK, opening a FIFO waits for a writer.
+    const int fd = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return nullptr;
+    struct stat info;
+    const char* refusal = nullptr;
+    if (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode))
+        refusal = "Not a regular file\n";
+    else if (info.st_size > kMaxLutFileBytes)
+        refusal = "LUT file too large\n";
+    FILE* file = refusal ? nullptr : fdopen(fd, "r");
+    if (!file) {
+        if (refusal)
+            printf("%s", refusal);
+        close(fd);
+    }
+    return file;
+#endif
+}
+
 // An open file and the table being filled; both released on every way out
 // unless the table is handed over.
 class Reading {
 public:
-    explicit Reading(const char* path) : m_file(fopen(path, "r")) {}
+    explicit Reading(const char* path) : m_file(openLutFile(path)) {}
     ~Reading()
     {
         if (m_file)
@@ -62,7 +112,14 @@ public:
     }
 
     // The next piece of a line, or false at the end of the file.
-    bool readLine() { return fgets(m_line, kLineSize, m_file) != nullptr; }
+    // A file that grows while it is read ends at the size limit all the same.
+    bool readLine()
+    {
+        if (m_consumed > kMaxLutFileBytes || !fgets(m_line, kLineSize, m_file))
+            return false;
+        m_consumed += static_cast<long long>(strlen(m_line));
+        return true;
+    }
     // The next line that is neither blank nor a comment; at the end of the
     // file it reports the truncation and returns false.
     bool nextMeaningfulLine()
@@ -101,6 +158,7 @@ public:
 
 private:
     FILE* m_file;
+    long long m_consumed = 0;
     Lut3D* m_lut = nullptr;
     char m_line[kLineSize] = {};
 };

@@ -13,6 +13,12 @@
 // Largest number of grid points per axis.
 constexpr int kMaxLutLevel = 64;
 
+// Largest LUT file read, far above any real table (a 64-point ".cube" with
+// long numbers stays under 10 MB). Only regular files are read: a FIFO, a
+// device or a directory is refused at once with "Not a regular file\n", a
+// larger file with "LUT file too large\n".
+constexpr long long kMaxLutFileBytes = 64ll << 20;
+
 // One table. The grid is always allocated at the largest size so an entry's
 // position never depends on the table's own size: lut[r][g][b] holds the
 // output red, green, blue for input indices r, g, b (only the first lutSize

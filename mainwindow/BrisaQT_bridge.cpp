@@ -4,6 +4,7 @@
 // the window runs in the pages.
 #include "BrisaQT.h"
 
+#include "AvatarPicture.h"
 #include "DownLoadDialog.h"
 #include "GlobalConstants.h"
 #include "ImageSaver.h"
@@ -11,6 +12,7 @@
 #include "NoticeBox.h"
 #include "PageBridge.h"
 #include "PageInterface.h"
+#include "ServicePage.h"
 #include "SettingsStore.h"
 #include "UserDialog.h"
 
@@ -30,11 +32,16 @@ namespace {
 const char kFolderFirst[] = "请先设置下文件保存路径!";
 constexpr int kCacheClearSettleMs = 1000;
 
+// The view gets a page that stays on the service's origin, and the channel
+// with the bridge for the service's pages only.
 QWebChannel* pageChannel(QObject* window, QObject* bridge, QWebEngineView* view)
 {
+    auto* page = new ServicePage(view->page()->profile(), {serviceHttpBase(), serviceHttpsBase()}, view);
+    page->setObjectName(view->objectName());
+    view->setPage(page);
     auto* channel = new QWebChannel(window);
     channel->registerObject(QStringLiteral("qtui"), bridge);
-    view->page()->setWebChannel(channel);
+    page->setServiceChannel(channel);
     return channel;
 }
 
@@ -130,25 +137,35 @@ void BrisaQT::recieveJsMessageUser(QString jsIconUrl, QString jsName, QString js
     m_userNameLabel->setText(jsName);
     if (!jsIconUrl.isEmpty())
         PageInterface::setCurrentUserId(PageInterface::userIdFromPage(jsUserID));
+    m_userDlg->setUserInfo(jsName, jsNum);
+    // An empty address is passed on (that download fails visibly); any other
+    // address that is not a web address only skips the avatar.
+    if (!jsIconUrl.isEmpty() && !PageInterface::isWebAddress(jsIconUrl)) {
+        qWarning("qtui: avatar skipped: \"%s\" is not an http or https address", qUtf8Printable(jsIconUrl.left(200)));
+        return;
+    }
     // The avatar is fetched silently: the dialog stays hidden.
     auto* dialog = new DownLoadDialog(this, jsIconUrl,
                                       QStringLiteral("%1%2").arg(QString::fromUtf8(kProductName),
                                                                  QString::fromUtf8(kAvatarFileSuffix)),
                                       DownLoadDialog::UserIcon);
     connect(dialog, &DownLoadDialog::onLoadUserIcon, this, &BrisaQT::openLoadUserIcon);
-    m_userDlg->setUserInfo(jsName, jsNum);
 }
 
 void BrisaQT::openLoadUserIcon(QString szTemp)
 {
     if (szTemp.isEmpty())
         return;
-    const QPixmap picture(szTemp);
-    // A body that is no picture (an error page) leaves the previous one.
-    if (picture.isNull())
+    // A body that is no acceptable picture (an error page, a vector drawing,
+    // a header claiming a huge size) leaves the previous one.
+    QString why;
+    const QImage picture = readAvatarPicture(szTemp, &why);
+    if (picture.isNull()) {
+        qWarning("avatar %s refused: %s", qUtf8Printable(szTemp), qUtf8Printable(why));
         return;
-    m_userFaceLabel->setPixmap(
-        picture.scaled(m_userFaceLabel->frameSize(), Qt::KeepAspectRatio, Qt::FastTransformation));
+    }
+    m_userFaceLabel->setPixmap(QPixmap::fromImage(
+        picture.scaled(m_userFaceLabel->frameSize(), Qt::KeepAspectRatio, Qt::FastTransformation)));
     m_userDlg->setUserPicture(szTemp);
 }
 

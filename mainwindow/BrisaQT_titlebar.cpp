@@ -119,6 +119,8 @@ void BrisaQT::buildTitleBar()
     m_userNameLabel->setObjectName(QStringLiteral("userNameLabel"));
     m_userNameLabel->setGeometry(40, 0, 69, 34);
     m_userNameLabel->setStyleSheet(QStringLiteral("color:white; font-size:14px;"));
+    // The page's user name, shown as it is, never as markup.
+    m_userNameLabel->setTextFormat(Qt::PlainText);
     m_userShowBtn = new QPushButton(m_userFrame);
     m_userShowBtn->setObjectName(QStringLiteral("userShowBtn"));
     m_userShowBtn->setGeometry(104, 8, 17, 15);

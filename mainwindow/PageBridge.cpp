@@ -1,11 +1,11 @@
 #include "PageBridge.h"
 
 #include "BrisaQT.h"
+#include "NoticeBox.h"
 #include "PageInterface.h"
 
 #include <QSystemTrayIcon>
 
-using PageInterface::downloadRefusal;
 using PageInterface::lengthRefusal;
 
 PageBridge::PageBridge(BrisaQT* window) : QObject(window), m_window(window)
@@ -22,30 +22,39 @@ bool PageBridge::refuse(const char* slot, const QString& reason) const
     return true;
 }
 
+// A download the user asked for in the page must not vanish without a word.
+bool PageBridge::refuseDownload(const char* slot, const QString& urls, const QString& names) const
+{
+    const PageInterface::Refusal refusal = PageInterface::downloadRefusal(urls, names);
+    if (!refuse(slot, refusal.reason))
+        return false;
+    showNotice(refusal.notice);
+    return true;
+}
+
 void PageBridge::recieveJsMessage(QString jsUrls, QString jsNames)
 {
-    if (!refuse("recieveJsMessage", downloadRefusal(jsUrls, jsNames)))
+    if (!refuseDownload("recieveJsMessage", jsUrls, jsNames))
         m_window->recieveJsMessage(jsUrls, jsNames);
 }
 
 void PageBridge::recieveJsMessageOpenDirectory(QString jsUrl, QString jsName)
 {
-    if (!refuse("recieveJsMessageOpenDirectory", downloadRefusal(jsUrl, jsName)))
+    if (!refuseDownload("recieveJsMessageOpenDirectory", jsUrl, jsName))
         m_window->recieveJsMessageOpenDirectory(jsUrl, jsName);
 }
 
 void PageBridge::recieveJsMessageAdjustment(QString jsUrl, QString jsName)
 {
-    if (!refuse("recieveJsMessageAdjustment", downloadRefusal(jsUrl, jsName)))
+    if (!refuseDownload("recieveJsMessageAdjustment", jsUrl, jsName))
         m_window->recieveJsMessageAdjustment(jsUrl, jsName);
 }
 
+// A bad avatar address costs only the avatar (the window skips its download);
+// the user is still shown as logged in.
 void PageBridge::recieveJsMessageUser(QString jsIconUrl, QString jsName, QString jsNum, QString jsUserID)
 {
-    QString reason = lengthRefusal({jsName, jsNum, jsUserID});
-    if (reason.isEmpty())
-        reason = downloadRefusal(jsIconUrl, QString());
-    if (!refuse("recieveJsMessageUser", reason))
+    if (!refuse("recieveJsMessageUser", lengthRefusal({jsIconUrl, jsName, jsNum, jsUserID})))
         m_window->recieveJsMessageUser(jsIconUrl, jsName, jsNum, jsUserID);
 }
 

@@ -2,7 +2,8 @@
 // their interface and forwards each call to the main window; the window's
 // other slots (document, grading, crop, save, file dialogs) stay out of the
 // pages' reach. Page-supplied arguments are checked here: a call with
-// arguments outside PageInterface's rules is refused with a warning.
+// arguments outside PageInterface's rules is refused with a warning, and a
+// refused download also tells the user why.
 //
 // The slot names beginning "recieve" are spelt so on purpose: the pages call
 // them by these names.
@@ -56,6 +57,7 @@ public slots:
 
 private:
     bool refuse(const char* slot, const QString& reason) const;
+    bool refuseDownload(const char* slot, const QString& urls, const QString& names) const;
 
     BrisaQT* m_window;
 };

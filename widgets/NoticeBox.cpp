@@ -6,6 +6,9 @@ static int runNotice(const QString& title, const QString& text, QMessageBox::Sta
 {
     QMessageBox box(QMessageBox::NoIcon, title, text, buttons, nullptr,
                     Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint);
+    // A notice may quote what a page sent (a refused file name); such text
+    // must never be taken for markup.
+    box.setTextFormat(Qt::PlainText);
     return box.exec();
 }
 

@@ -7,8 +7,11 @@
 #include <opencv2/imgproc.hpp>
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -192,12 +195,15 @@ private slots:
     void brokenLayersAreSkipped_data()
     {
         QTest::addColumn<int>("scene");
-        QTest::addColumn<QByteArray>("topFile");  // content of file 1; empty: missing
+        QTest::addColumn<QByteArray>("topFile");  // content of file 1; empty: missing; <fifo>, <zero>
         QTest::addColumn<QByteArray>("printed");
         QTest::addColumn<bool>("graded");
+        const QByteArray missing("grading: top layer skipped, missing preset");
         const QByteArray good = cubeText(2, [](float r, float g, float b) { return LutRgb{b, g, r}; });
-        QTest::newRow("missing preset") << 0 << QByteArray() << QByteArray("grading: top layer skipped, missing preset")
-                                        << true;
+        QTest::newRow("missing preset") << 0 << QByteArray() << missing << true;
+        // Skipped at once: neither waits for a writer nor reads /dev/zero.
+        QTest::newRow("FIFO preset") << 0 << QByteArray("<fifo>") << missing << true;
+        QTest::newRow("preset linked to /dev/zero") << 0 << QByteArray("<zero>") << missing << true;
         QTest::newRow("unreadable preset") << 0 << QByteArray("LUT_3D_SIZE 99\n")
                                            << QByteArray("Too large or invalid 3D LUT size\n"
                                                          "grading: top layer skipped, unreadable preset")
@@ -216,8 +222,13 @@ private slots:
         QTemporaryDir dir;
         const QString root = dir.path() + "/MELO";
         QVERIFY(QDir().mkpath(root + "/0") && QFile::copy(presetFilePath(kLibrary, 0, 9), presetFilePath(root, 0, 9)));
-        if (!topFile.isEmpty())
-            QVERIFY(writeFileBytes(presetFilePath(root, 0, 1), topFile));
+        const QString top = presetFilePath(root, 0, 1);
+        if (topFile == "<fifo>")
+            QCOMPARE(mkfifo(QFile::encodeName(top).constData(), 0600), 0);
+        else if (topFile == "<zero>")
+            QVERIFY(QFile::link(QStringLiteral("/dev/zero"), top));
+        else if (!topFile.isEmpty())
+            QVERIFY(writeFileBytes(top, topFile));
 
         const cv::Mat base = photo();
         LayerGradeResult result;
@@ -227,6 +238,12 @@ private slots:
         QCOMPARE(result.graded, graded);
         if (graded)  // the down layer still applies, over the base
             QVERIFY(sameImage(result.image, blendLayer(base, applyPreset(base, 0, 9), 100)));
+
+        // The next click skips the same way without reading the file again:
+        // the reader has nothing more to say.
+        const QByteArray again = captureStdout([&] { gradeLayers(base, scene, {{1, -1, 1}}, root); });
+        QVERIFY2(!again.contains("Too large"), again.constData());
+        QCOMPARE(again.count('\n'), out.count('\n') - (printed.startsWith("Too large") ? 1 : 0));
     }
 
     void greyPhotographIsGradedInColour()

@@ -1,17 +1,22 @@
 // The four LUT readers, run under a locale with a decimal comma: sizes,
 // orders, scaling, every failure and its exact diagnostic.
 #include "GradingTestSupport.h"
+#include "LutCache.h"
 #include "LutReader.h"
 #include "LutScan.h"
 
+#include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <clocale>
 #include <cstdlib>
+#include <filesystem>
 #include <locale.h>
 #include <memory>
 #include <random>
+#include <sys/stat.h>
 
 struct Probe {
     int r, g, b;
@@ -155,6 +160,72 @@ private slots:
                 QVERIFY2(lut->lut[p.r][p.g][p.b][c] == p.value[c],
                          qPrintable(QString("entry %1 %2 %3 channel %4: %5").arg(p.r).arg(p.g).arg(p.b).arg(c)
                                         .arg(double(lut->lut[p.r][p.g][p.b][c]), 0, 'g', 9)));
+    }
+
+    // Only regular files up to the size limit are read, whatever the reader;
+    // anything else is refused before a byte is read (a FIFO without a writer
+    // would block the reading for good, /dev/zero never ends).
+    void onlyRegularFilesAreRead_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QByteArray>("printed");
+        const QByteArray notRegular = "Not a regular file\n";
+        QTest::newRow("fifo") << "fifo" << notRegular;
+        QTest::newRow("link to /dev/zero") << "zero" << notRegular;
+        QTest::newRow("directory") << "directory" << notRegular;
+        QTest::newRow("one byte over the limit") << "over" << QByteArray("LUT file too large\n");
+        // Read to its end: zeros hold no size line.
+        QTest::newRow("at the limit") << "limit" << QByteArray();
+    }
+    void onlyRegularFilesAreRead()
+    {
+        QFETCH(QString, kind);
+        QTemporaryDir dir;
+        for (const char* extension : {"cube", "3dl", "dat", "m3d"}) {
+            const QString path = dir.filePath(QStringLiteral("table.") + QLatin1String(extension));
+            const QByteArray local = path.toLocal8Bit();
+            if (kind == "fifo")
+                QCOMPARE(mkfifo(local.constData(), 0600), 0);
+            else if (kind == "zero")
+                QVERIFY(QFile::link(QStringLiteral("/dev/zero"), path));
+            else if (kind == "directory")
+                QVERIFY(QDir().mkdir(path));
+            else {
+                QFile file(path);  // sparse: no disk space taken
+                QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(kMaxLutFileBytes + (kind == "over")));
+            }
+            Lut3D* lut = nullptr;
+            const QByteArray printed = captureStdout([&] { lut = readLutFile(local.constData()); });
+            QVERIFY2(!lut, extension);
+            if (kind != "limit" || qstrcmp(extension, "cube") == 0)
+                QTEST(printed, "printed");
+        }
+    }
+
+    // A table that failed to read is not read again while its file keeps its
+    // size and time: the same bytes made valid behind the cache's back still
+    // count as failed, a new modification time has them read.
+    void failedReadIsRemembered()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("broken.cube"));
+        const std::string local = path.toLocal8Bit().toStdString();
+        const QByteArray entry = "0.5 0.5 0.5\n";
+        const QByteArray valid = "LUT_3D_SIZE 2\n" + entry.repeated(8);
+        // The last entry made a comment of the same length: the table ends early.
+        const QByteArray broken = "LUT_3D_SIZE 2\n" + entry.repeated(7) + QByteArray(entry.size() - 1, '#') + "\n";
+        QVERIFY(writeFileBytes(path, broken));
+        const auto stamp = std::filesystem::last_write_time(local);
+
+        clearLutCache();
+        QCOMPARE(captureStdout([&] { QVERIFY(!loadLutCached(local)); }), kEof);
+        QVERIFY(writeFileBytes(path, valid));
+        std::filesystem::last_write_time(local, stamp);
+        QCOMPARE(captureStdout([&] { QVERIFY(!loadLutCached(local)); }), QByteArray());
+
+        std::filesystem::last_write_time(local, stamp + std::chrono::seconds(1));
+        QVERIFY(loadLutCached(local));
+        clearLutCache();
     }
 
     // The fast decimal path must round exactly as the C library does.

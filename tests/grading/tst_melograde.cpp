@@ -5,10 +5,13 @@
 
 #include <opencv2/imgcodecs.hpp>
 
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -40,7 +43,17 @@ class TestMeloGrade : public QObject
     Q_OBJECT
     QTemporaryDir m_dir;
 
+    QString fifo() const { return m_dir.filePath(QStringLiteral("fifo.cube")); }
+    QString zero() const { return m_dir.filePath(QStringLiteral("zero.cube")); }
+
 private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        QCOMPARE(mkfifo(QFile::encodeName(fifo()).constData(), 0600), 0);
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), zero()));
+    }
+
     void presetMatchesTheLibrary_data()
     {
         QTest::addColumn<QString>("presets");
@@ -79,6 +92,11 @@ private slots:
             << QStringList{"apply", "--lut", "x.cube", "--strength", "101", "a", "b.png"} << 2 << QByteArray("melo-grade: ");
         QTest::newRow("no preset") << QStringList{"preset", "--scene", "0", "--top", "0", "--presets", m_dir.path(),
                                                   "--out-dir", m_dir.path(), coffee} << 1 << QByteArray("no such preset");
+        // Refused at once: neither blocks on the FIFO nor reads /dev/zero.
+        QTest::newRow("lut fifo") << QStringList{"lut", fifo()} << 1 << QByteArray("cannot read the LUT");
+        QTest::newRow("lut /dev/zero link") << QStringList{"lut", zero()} << 1 << QByteArray("cannot read the LUT");
+        QTest::newRow("apply fifo lut") << QStringList{"apply", "--lut", fifo(), coffee, m_dir.filePath("out.png")}
+                                        << 1 << QByteArray("cannot read the LUT");
         QTest::newRow("unwritable") << QStringList{"apply", coffee, "/proc/melo/out.png"} << 3
                                     << QByteArray("cannot write");
     }

@@ -13,12 +13,15 @@
 #include "UrlRecorder.h"
 #include "UserDialog.h"
 
+#include <QApplication>
+#include <QDialog>
 #include <QDir>
 #include <QFrame>
 #include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 class TestPageBridge : public QObject
@@ -82,11 +85,20 @@ private slots:
         const int id = js(home(), QStringLiteral("Number(Melo.currentUser().id)")).toInt();
         QVERIFY(id > 0 && PageInterface::currentUserId() == id);
 
-        // The avatar is fetched silently into the install folder and shown.
+        // The avatar is fetched silently into the user's cache folder, never
+        // the install folder, and shown.
         auto* face = widget<QLabel>("userFaceLabel");
         QTRY_VERIFY_WITH_TIMEOUT(!face->pixmap(Qt::ReturnByValue).isNull(), kPageTimeoutMs);
-        const QString avatarPath = m_dir.filePath(QStringLiteral("install/MELO.jpg"));
+        const QString avatarPath = QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + "/MELO.jpg";
         QCOMPARE(fileBytes(avatarPath), m_service.request("GET", "/avatar.jpg").body);
+        QVERIFY(QDir(m_dir.filePath(QStringLiteral("install"))).isEmpty());
+        // A drawing that claims a huge size leaves the avatar as it was.
+        const qint64 shown = face->pixmap(Qt::ReturnByValue).cacheKey();
+        const QString drawing = m_dir.filePath(QStringLiteral("huge.jpg"));
+        QVERIFY(writeFileBytes(drawing, "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"60000\" height=\"60000\"/>"));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^avatar .* refused: not a raster picture")));
+        m_win.window().openLoadUserIcon(drawing);
+        QCOMPARE(face->pixmap(Qt::ReturnByValue).cacheKey(), shown);
         QTRY_VERIFY(js(gallery(), QStringLiteral("document.body.dataset.login === 'in' && !") + cardOpen).toBool());
 
         // Logging out in a page reports four empty texts: the login button
@@ -227,8 +239,7 @@ private slots:
         UrlRecorder files({QStringLiteral("file")});
         UrlRecorder webs({QStringLiteral("http"), QStringLiteral("javascript")});
         ModalAnswerer answerer;  // nothing may ask anything
-        for (const char* slot : {"recieveJsToJumpUrl", "recieveJsToJumpUrl", "recieveJsMessageUser", "recieveJsMessage",
-                                 "recieveJsMessageAdjustment", "onActivated"})
+        for (const char* slot : {"recieveJsToJumpUrl", "recieveJsToJumpUrl", "recieveJsMessageUser", "onActivated"})
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^qtui: %1 refused").arg(slot)));
         const QString send = QStringLiteral(
             "qt.webChannelTransport.send(JSON.stringify({type: 6, object: 'qtui', method: %1, args: %2}));");
@@ -241,8 +252,6 @@ private slots:
                           + QStringLiteral("qtui.recieveJsToJumpUrl('file:///etc/passwd');"
                                            "qtui.recieveJsToJumpUrl('javascript:alert(1)');"
                                            "qtui.recieveJsMessageUser('', 'x'.repeat(70000), '', '');"
-                                           "qtui.recieveJsMessage('http://127.0.0.1:1/a.png', '../.bashrc');"
-                                           "qtui.recieveJsMessageAdjustment('file:///etc/passwd', 'passwd');"
                                            "qtui.onActivated(99);"
                                            "document.getElementById('siteLink').click()"));
         // The page's own link to the site arrives after everything above.
@@ -255,6 +264,136 @@ private slots:
         QVERIFY(widget("loginBtn")->isVisible());
         QVERIFY(m_win.window().findChild<PageBridge*>());
         QVERIFY(PageWindow::connected(gallery()));
+    }
+
+    // The views stay on the service's origin: a page elsewhere, reached from
+    // the gallery, opens in the system browser and never gets the bridge.
+    void navigationElsewhereOpensInBrowser_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<bool>("scripted");  // location.href, else a link the user clicks
+        // The service's own page under another host name: another origin
+        // that would answer if it were loaded.
+        const QString otherHost = QStringLiteral("http://localhost:%1/client/gallery.html?channel=")
+                                      .arg(QUrl(m_service.httpBase()).port());
+        QTest::newRow("other host, script") << otherHost << true;
+        QTest::newRow("other port, link")
+            << QStringLiteral("http://127.0.0.1:%1/elsewhere.html").arg(TestService::unusedPort()) << false;
+    }
+    void navigationElsewhereOpensInBrowser()
+    {
+        QFETCH(QString, target);
+        QFETCH(bool, scripted);
+        QVERIFY(m_win.open());
+        const QUrl gallery = this->gallery()->url();
+        QSignalSpy urlChanges(this->gallery(), &QWebEngineView::urlChanged);
+        UrlRecorder webs;
+        if (scripted) {
+            js(this->gallery(), QStringLiteral("location.href = '%1'").arg(target));
+        } else {
+            js(this->gallery(), QStringLiteral("var a = document.createElement('a'); a.href = '%1';"
+                                               "document.body.appendChild(a); a.click()").arg(target));
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(webs.urls, QList<QUrl>({QUrl(target)}), kPageTimeoutMs);
+        // Pop-ups stay refused: no window, nothing opened. The view still
+        // shows the gallery with its bridge.
+        const int windows = QApplication::topLevelWidgets().size();
+        js(this->gallery(), QStringLiteral("window.open('%1')").arg(target));
+        QVERIFY(PageWindow::connected(this->gallery()));
+        QCOMPARE(QApplication::topLevelWidgets().size(), windows);
+        QCOMPARE(this->gallery()->url(), gallery);
+        QCOMPARE(urlChanges.count(), 0);
+        QCOMPARE(webs.urls.size(), 1);
+    }
+
+    // A page's bad avatar address costs only the avatar: the user is still
+    // shown logged in, with name and balance, and nothing is downloaded.
+    void badAvatarAddressStillLogsIn_data()
+    {
+        QTest::addColumn<QString>("avatar");
+        QTest::newRow("relative") << "/avatar.jpg";
+        QTest::newRow("local file") << "file:///etc/hostname";
+    }
+    void badAvatarAddressStillLogsIn()
+    {
+        QFETCH(QString, avatar);
+        QVERIFY(m_win.open());
+        ModalAnswerer answerer;  // nothing may ask anything
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^qtui: avatar skipped")));
+        js(home(), QStringLiteral("qtui.recieveJsMessageUser('%1', '小红', '7', '42')").arg(avatar));
+        QTRY_VERIFY(widget("userFrame")->isVisible());
+        QVERIFY(!widget("loginBtn")->isVisible());
+        QCOMPARE(widget<QLabel>("userNameLabel")->text(), QStringLiteral("小红"));
+        QCOMPARE(panel()->findChild<QLabel*>("numLabel")->text(), QStringLiteral("修图卷:7"));
+        QCOMPARE(PageInterface::currentUserId(), 42);
+        QVERIFY(m_win.window().findChildren<QDialog*>(QStringLiteral("DownLoadDialog")).isEmpty());
+        QCOMPARE(answerer.seen().size(), 0);
+    }
+
+    // Page text is shown as it is: markup in a name or a balance is not
+    // rendered (no red, no picture), neither in the title bar nor the panel.
+    void pageTextIsPlain()
+    {
+        QVERIFY(m_win.open());
+        const QString name = QStringLiteral("<span style=\"background-color:#ff0000\">MMMM</span><img src=\"file:///etc/x.png\">");
+        const QString count = QStringLiteral("<span style=\"background-color:#ff0000\">MMMM</span>");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^qtui: avatar skipped")));
+        js(home(), QStringLiteral("qtui.recieveJsMessageUser('x.png', '%1', '%2', '')").arg(name, count));
+        auto* title = widget<QLabel>("userNameLabel");
+        QTRY_VERIFY(title->isVisible());
+        const auto* panelName = panel()->findChild<QLabel*>("nameLabel");
+        const auto* panelCount = panel()->findChild<QLabel*>("numLabel");
+        QCOMPARE(title->text(), name);
+        QCOMPARE(panelName->text(), name);
+        QCOMPARE(panelCount->text(), QStringLiteral("修图卷:") + count);
+        for (const QLabel* label : {static_cast<const QLabel*>(title), panelName, panelCount}) {
+            const QImage shown = const_cast<QLabel*>(label)->grab().toImage().convertToFormat(QImage::Format_RGB32);
+            int red = 0;
+            for (int y = 0; y < shown.height(); ++y)
+                for (int x = 0; x < shown.width(); ++x) {
+                    const QColor c = shown.pixelColor(x, y);
+                    red += c.red() > 200 && c.green() < 80 && c.blue() < 80;
+                }
+            QVERIFY2(red == 0, qPrintable(label->objectName()));
+        }
+    }
+
+    // A download the page asks for under a name or address that is refused
+    // tells the user why, quoting it literally.
+    void refusedDownloadTellsWhy_data()
+    {
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<QString>("notice");
+        QTest::newRow("climbing name") << "recieveJsMessage('http://127.0.0.1:1/a.png', '../.bashrc')"
+                                       << "文件名“../.bashrc”不是单纯的文件名（不能含有路径），已取消下载！";
+        QTest::newRow("name with markup") << "recieveJsMessageOpenDirectory('http://127.0.0.1:1/a.png', '<b>x</b>/a.png')"
+                                          << "文件名“<b>x</b>/a.png”不是单纯的文件名（不能含有路径），已取消下载！";
+        QTest::newRow("local file") << "recieveJsMessageAdjustment('file:///etc/passwd', 'passwd')"
+                                    << "下载地址“file:///etc/passwd”不是网址，已取消下载！";
+    }
+    void refusedDownloadTellsWhy()
+    {
+        QFETCH(QString, call);
+        QFETCH(QString, notice);
+        QVERIFY(m_win.open());
+        storeFolder();
+        const QStringList files = QDir(folder()).entryList(QDir::Files);
+        ModalAnswerer answerer;
+        Qt::TextFormat format = Qt::AutoText;
+        answerer.handle([&format](QWidget* widget) {
+            auto* box = qobject_cast<QMessageBox*>(widget);
+            format = box ? box->textFormat() : Qt::AutoText;
+            widget->close();
+        });
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^qtui: recieveJsMessage\\w* refused")));
+        js(gallery(), QStringLiteral("qtui.") + call);
+        QVERIFY(answerer.waitAllAnswered(kPageTimeoutMs));
+        QCOMPARE(answerer.seen().size(), 1);
+        QCOMPARE(answerer.seen().at(0).text, notice);
+        // Shown as it is, whatever markup the page put in the name.
+        QCOMPARE(format, Qt::PlainText);
+        QVERIFY(m_win.window().findChildren<QDialog*>(QStringLiteral("DownLoadDialog")).isEmpty());
+        QCOMPARE(QDir(folder()).entryList(QDir::Files), files);
     }
 };
 

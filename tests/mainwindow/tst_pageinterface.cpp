@@ -3,6 +3,9 @@
 #include "PageInterface.h"
 
 #include <QTest>
+#include <QUrl>
+
+Q_DECLARE_METATYPE(PageInterface::Navigation)
 
 using namespace PageInterface;
 
@@ -23,6 +26,35 @@ private slots:
     {
         QFETCH(QString, text);
         QTEST(isWebAddress(text), "web");
+    }
+
+    void navigation_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<bool>("mainFrame");
+        QTest::addColumn<Navigation>("expected");
+        const Navigation load = Navigation::Load, browser = Navigation::OpenInBrowser, refuse = Navigation::Refuse;
+        QTest::newRow("service page") << "http://127.0.0.1:8080/client/gallery.html?channel=x" << true << load;
+        QTest::newRow("service's https side") << "https://127.0.0.1:8443/web/member/index" << true << load;
+        QTest::newRow("service frame") << "http://127.0.0.1:8080/frame.html" << false << load;
+        QTest::newRow("host in capitals") << "http://EXAMPLE.org/a" << true << load;
+        QTest::newRow("default port written out") << "http://example.org:80/a" << true << load;
+        QTest::newRow("other port") << "http://127.0.0.1:8081/client/gallery.html" << true << browser;
+        QTest::newRow("other host") << "http://localhost:8080/client/gallery.html" << true << browser;
+        QTest::newRow("https on the http port") << "https://127.0.0.1:8080/" << true << browser;
+        QTest::newRow("lookalike host") << "http://127.0.0.1.evil.example:8080/" << true << browser;
+        QTest::newRow("foreign frame") << "https://example.com/ad.html" << false << refuse;
+        QTest::newRow("empty frame") << "about:blank" << false << load;
+        QTest::newRow("blank page") << "about:blank" << true << refuse;
+        QTest::newRow("local file") << "file:///etc/passwd" << true << refuse;
+        QTest::newRow("data page") << "data:text/html,<script>qt</script>" << true << refuse;
+    }
+    void navigation()
+    {
+        QFETCH(QString, url);
+        QFETCH(bool, mainFrame);
+        const QStringList bases = {"http://127.0.0.1:8080", "https://127.0.0.1:8443", "http://example.org"};
+        QTEST(navigationFor(QUrl(url), mainFrame, bases), "expected");
     }
 
     void downloads_data()
@@ -47,8 +79,9 @@ private slots:
         QFETCH(QString, urls);
         QFETCH(QString, names);
         QFETCH(bool, accepted);
-        const QString reason = downloadRefusal(urls, names);
-        QVERIFY2(reason.isEmpty() == accepted, qPrintable(reason));
+        const Refusal refusal = downloadRefusal(urls, names);
+        QVERIFY2(refusal.refused() != accepted, qPrintable(refusal.reason));
+        QCOMPARE(refusal.notice.isEmpty(), accepted);
     }
 };
 

@@ -120,21 +120,20 @@ private slots:
         QTRY_VERIFY(dialog.isNull());
     }
 
-    // Without an install folder the avatar goes next to the executable, whose
-    // folder is then recorded.
-    void avatarWithoutInstallFolder()
+    // The avatar, whatever bytes a page's address serves, goes to the user's
+    // own cache folder (made when missing), never the install folder.
+    void avatarGoesToTheUserCache()
     {
-        for (const char* name : {kProductName, kInstallLocation})
-            removeSettingValue(kProductKey, name);
-        const QString target = QCoreApplication::applicationDirPath() + "//avatar_test.jpg";
-        QFile::remove(target);
+        const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
+        QVERIFY(QDir(cache).removeRecursively());
+        writeSettingValue(kProductKey, kInstallLocation, m_folder);
         auto* dialog = new DownLoadDialog(nullptr, m_service.httpUrl("/avatar.jpg"), "avatar_test.jpg", 0);
         QSignalSpy loaded(dialog, &DownLoadDialog::onLoadUserIcon);
         QVERIFY(loaded.wait(10000));
-        QCOMPARE(loaded.first().first().toString(), target);
-        QVERIFY(fileBytes(target).startsWith("\xFF\xD8\xFF"));  // a JPEG
-        QCOMPARE(readSettingValue(kProductKey, kProductName), QCoreApplication::applicationDirPath());
-        QFile::remove(target);
+        QCOMPARE(loaded.first().first().toString(), cache + "//avatar_test.jpg");
+        QVERIFY(fileBytes(cache + "/avatar_test.jpg").startsWith("\xFF\xD8\xFF"));  // a JPEG
+        QVERIFY(!QFile::exists(m_folder + "/avatar_test.jpg"));
+        removeSettingValue(kProductKey, kInstallLocation);
     }
 
     // What each kind fetches and tells the user. A batch names the first
