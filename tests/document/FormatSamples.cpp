@@ -147,13 +147,18 @@ QByteArray makeDng(const cv::Mat& upright, int orientation, const CameraExif& ex
     ifd.shorts(50778, {21});  // D65
 
     TiffDirectory details;
-    details.rationals(33434, {{1, quint32(std::lround(1.0 / exif.exposureSeconds))}});
-    details.rationals(33437, {{quint32(std::lround(exif.fNumber * 10)), 10}});
-    details.shorts(34855, {quint16(exif.iso)});
+    if (exif.exposureSeconds > 0)
+        details.rationals(33434, {{1, quint32(std::lround(1.0 / exif.exposureSeconds))}});
+    if (exif.fNumber > 0)
+        details.rationals(33437, {{quint32(std::lround(exif.fNumber * 10)), 10}});
+    if (exif.iso > 0)
+        details.shorts(34855, {quint16(exif.iso)});
     if (exif.taken.isValid())
         details.ascii(36867, exif.taken.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")).toLatin1());
-    details.rationals(37386, {{quint32(std::lround(exif.focalLengthMm * 10)), 10}});
-    details.ascii(0xa434, exif.lens);
+    if (exif.focalLengthMm > 0)
+        details.rationals(37386, {{quint32(std::lround(exif.focalLengthMm * 10)), 10}});
+    if (!exif.lens.isEmpty())
+        details.ascii(0xa434, exif.lens);
     ifd.subDirectory(34665, details);
     return tiffFile(ifd);
 }
