@@ -74,7 +74,12 @@ QByteArray buildExifSegment(const CameraExif& exif)
         details.ascii(kLensModel, field(exif.lens));
     first.subDirectory(kExifDirectory, details);
 
-    const QByteArray payload = QByteArray("Exif\0\0", 6) + tiffFile(first);
+    return exifSegmentFromTiff(tiffFile(first));
+}
+
+QByteArray exifSegmentFromTiff(const QByteArray& tiff)
+{
+    const QByteArray payload = QByteArray("Exif\0\0", 6) + tiff;
     QByteArray segment("\xff\xe1", 2);
     char length[2];
     qToBigEndian(quint16(payload.size() + 2), length);

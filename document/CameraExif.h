@@ -17,6 +17,10 @@ struct CameraExif {
     double focalLengthMm = 0;
 };
 
+// Wraps a TIFF structure (header first) into a whole JPEG APP1 "Exif"
+// segment: marker, length, "Exif\0\0", the structure.
+QByteArray exifSegmentFromTiff(const QByteArray& tiff);
+
 // A whole JPEG APP1 "Exif" segment (marker, length, "Exif\0\0", TIFF
 // structure) with orientation 1, since the pixels it goes with are upright.
 // Fields that are unknown are left out.

@@ -1,5 +1,6 @@
 #include "HeifDecoder.h"
 
+#include "CameraExif.h"
 #include "JpegSegments.h"
 
 #include <libheif/heif.h>
@@ -63,12 +64,7 @@ QByteArray exifSegmentOf(const heif_image_handle* handle)
     const quint32 skip = qFromBigEndian<quint32>(block.constData());
     if (skip > quint32(block.size()) - 4)
         return QByteArray();
-    const QByteArray payload = QByteArray("Exif\0\0", 6) + block.mid(4 + int(skip));
-    QByteArray segment("\xff\xe1", 2);
-    char length[2];
-    qToBigEndian(quint16(payload.size() + 2), length);
-    segment.append(length, 2);
-    segment.append(payload);
+    QByteArray segment = exifSegmentFromTiff(block.mid(4 + int(skip)));
     setExifOrientation(segment, 1);
     return segment;
 }

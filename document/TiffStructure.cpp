@@ -54,24 +54,25 @@ void TiffDirectory::longs(quint16 tag, const std::vector<quint32>& values)
     add(tag, std::move(e));
 }
 
-void TiffDirectory::rationals(quint16 tag, const std::vector<std::pair<quint32, quint32>>& values)
+template <typename Pairs>
+TiffDirectory::Entry TiffDirectory::fractions(quint16 type, const Pairs& values)
 {
-    Entry e{Rational, quint32(values.size()), {}, {}, {}, false};
+    Entry e{type, quint32(values.size()), {}, {}, {}, false};
     for (const auto& [num, den] : values) {
         append(e.value, num);
         append(e.value, den);
     }
-    add(tag, std::move(e));
+    return e;
+}
+
+void TiffDirectory::rationals(quint16 tag, const std::vector<std::pair<quint32, quint32>>& values)
+{
+    add(tag, fractions(Rational, values));
 }
 
 void TiffDirectory::srationals(quint16 tag, const std::vector<std::pair<qint32, qint32>>& values)
 {
-    Entry e{SRational, quint32(values.size()), {}, {}, {}, false};
-    for (const auto& [num, den] : values) {
-        append(e.value, num);
-        append(e.value, den);
-    }
-    add(tag, std::move(e));
+    add(tag, fractions(SRational, values));
 }
 
 void TiffDirectory::subDirectory(quint16 tag, const TiffDirectory& directory)

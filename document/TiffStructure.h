@@ -46,6 +46,8 @@ private:
         bool isData = false;
     };
     void add(quint16 tag, Entry entry);
+    template <typename Pairs>
+    static Entry fractions(quint16 type, const Pairs& values);
     std::map<quint16, Entry> m_entries;
 };
 

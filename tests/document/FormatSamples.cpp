@@ -62,7 +62,14 @@ bool writeHeif(const QString& path, const cv::Mat& upright, const HeifSample& sa
             ok = heif_image_set_raw_color_profile(image, "prof", sample.iccProfile.constData(),
                                                   size_t(sample.iccProfile.size())).code == heif_error_Ok;
         options->image_orientation = heif_orientation(sample.orientation);
-        ok = ok && heif_context_encode_image(context, image, encoder, options, nullptr).code == heif_error_Ok;
+        heif_image_handle* handle = nullptr;
+        ok = ok && heif_context_encode_image(context, image, encoder, options, &handle).code == heif_error_Ok;
+        if (ok && !sample.exifSegment.isEmpty()) {
+            const QByteArray tiff = sample.exifSegment.mid(10);  // after marker, length, "Exif\0\0"
+            ok = heif_context_add_exif_metadata(context, handle, tiff.constData(), tiff.size()).code == heif_error_Ok;
+        }
+        if (handle)
+            heif_image_handle_release(handle);
         ok = ok && heif_context_write_to_file(context, QFile::encodeName(path).constData()).code == heif_error_Ok;
     }
     heif_encoding_options_free(options);

@@ -22,6 +22,7 @@ struct HeifSample {
     QByteArray iccProfile;  // none when empty
     int bitDepth = 8;       // 8 or 10
     int quality = 92;
+    QByteArray exifSegment;  // a JPEG APP1 "Exif" segment to embed; none when empty
 };
 // Encodes an upright BGR or BGRA photo (CV_8U, or CV_16U for 10 bits).
 // The picture is stored turned by the inverse of `orientation`, which libheif

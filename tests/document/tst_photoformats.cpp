@@ -107,8 +107,13 @@ private slots:
         sample.avif = avif;
         sample.orientation = orientation;
         sample.bitDepth = bitDepth;
-        if (withProfile)
+        if (withProfile) {
             sample.iccProfile = fileBytes(kAdobeRgb);
+            // A phone's EXIF names the turn too; the pixels come upright,
+            // so the block carried over must say 1.
+            sample.exifSegment = buildExifSegment(cameraDetails());
+            QVERIFY(setExifOrientation(sample.exifSegment, quint16(orientation)));
+        }
         // The name says JPEG: the content decides.
         const QString file = path(QStringLiteral("heif-%1-%2.jpg").arg(avif).arg(orientation));
         QVERIFY(writeHeif(file, upright, sample));
@@ -133,6 +138,10 @@ private slots:
         const double difference = meanColourDifference(pixels, upright);
         QVERIFY2(difference < 1.5, qPrintable(QString::number(difference)));
         QCOMPARE(photo->iccProfile, sample.iccProfile);
+        if (!sample.exifSegment.isEmpty()) {
+            QCOMPARE(exifOrientation(photo->exifSegment), 1);
+            QVERIFY(photo->exifSegment.contains("Test Body 24"));
+        }
         QVERIFY(readImageFile(file).size == pixels.size);
 
         QVERIFY(!decodeHeif(bytes, 600 * 400 - 1, &error));
