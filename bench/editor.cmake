@@ -12,5 +12,8 @@ target_link_libraries(melo_editor_bench PUBLIC melo_mainwindow Qt5::Test)
 target_compile_definitions(melo_editor_bench PRIVATE
   MELO_SAMPLES_DIR="${MELO_SAMPLES_DIR}" MELO_PRESET_ARCHIVE="${MELO_PRESET_ARCHIVE}")
 add_dependencies(melo_editor_bench melo_presets)
-add_executable(editor_bench ${CMAKE_CURRENT_SOURCE_DIR}/editor/editor_bench.cpp)
-target_link_libraries(editor_bench PRIVATE melo_editor_bench)
+# HEIC and DNG copies of the photograph are made the way the tests make them.
+add_executable(editor_bench ${CMAKE_CURRENT_SOURCE_DIR}/editor/editor_bench.cpp
+                            ${PROJECT_SOURCE_DIR}/tests/document/FormatSamples.cpp)
+target_include_directories(editor_bench PRIVATE ${PROJECT_SOURCE_DIR}/tests/document)
+target_link_libraries(editor_bench PRIVATE melo_editor_bench melo_document)

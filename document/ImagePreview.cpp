@@ -1,7 +1,9 @@
 #include "ImagePreview.h"
 
 #include "GlobalConstants.h"
+#include "HeifDecoder.h"
 #include "JpegSegments.h"
+#include "RawDecoder.h"
 #include "SettingsStore.h"
 
 #include <QCoreApplication>
@@ -115,10 +117,21 @@ cv::Mat readImageFile(const QString& path)
         return cv::Mat();
     if (isJpeg(bytes) && !jpegDataComplete(bytes))
         return cv::Mat();
+    // HEIF/AVIF and camera RAW (pixels only, until this returns a Photo).
+    const auto pixelsOf = [](const std::optional<Photo>& photo) { return photo ? photo->pixels : cv::Mat(); };
+    if (looksLikeHeif(bytes))
+        return pixelsOf(decodeHeif(bytes, kMaxPhotoPixels, nullptr));
+    if (looksLikeRaw(bytes))
+        return pixelsOf(decodeRaw(bytes, kMaxPhotoPixels, nullptr));
+    cv::Mat image;
     try {
         const cv::Mat buffer(1, bytes.size(), CV_8U, bytes.data());
-        return cv::imdecode(buffer, cv::IMREAD_UNCHANGED);
+        image = cv::imdecode(buffer, cv::IMREAD_UNCHANGED);
     } catch (const std::exception&) {
-        return cv::Mat();
+        image.release();
     }
+    // A RAW format without a signature of its own: LibRaw decides last.
+    if (image.empty())
+        image = pixelsOf(decodeRaw(bytes, kMaxPhotoPixels, nullptr));
+    return image;
 }

@@ -25,6 +25,7 @@ BrisaQT::BrisaQT(QWidget* parent) : QMainWindow(parent)
     buildTitleBar();
     buildEditorPanel();
     connectPageControls();
+    acceptPhotoDrops();
     setMaximumSize(FrameLayout::kMaximizedSize);
     setMinimumSize(FrameLayout::kNormalSize);
     applyWindowSize(true);

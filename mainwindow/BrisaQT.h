@@ -198,6 +198,8 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    // Drags of files over any of the window's widgets (BrisaQT_drop.cpp).
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     // -- Construction steps, called in order by the constructor ------------
@@ -271,6 +273,8 @@ private:
     void buildSaveBar();            // BrisaQT_edit.cpp
     void layoutEditorTools();       // BrisaQT_edit.cpp, part of layoutEditor
     bool openPhotograph(const QString& path);  // BrisaQT_document.cpp
+    void acceptPhotoDrops();        // BrisaQT_drop.cpp
+    void openDroppedPhoto(const QString& path);
     void refitImageView();
     void leaveCompare();
     void buildGradingPanel();       // BrisaQT_gradingpanel.cpp

@@ -6,8 +6,10 @@
 #include "CompareLook.h"
 #include "GradingPanel.h"
 #include "MyDrawLabel.h"
+#include "PhotoFormats.h"
 #include "ShowMat.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFrame>
@@ -19,9 +21,12 @@
 
 void BrisaQT::clickedAddBtn()
 {
-    // The filter is kept as the product has always shown it.
+    // The first entry is kept as the product has always shown it, and
+    // selected; entries for every photograph the reader opens follow. Lines
+    // separate them, since ";;" would swallow the first entry's own ";".
+    const QStringList filters = QStringList{tr("Image files(*.bmp *.jpg *.tiff *.png *JEPG);")} + photoFileFilters();
     const QString path = QFileDialog::getOpenFileName(this, tr("打开文件"), QStringLiteral("./"),
-                                                      tr("Image files(*.bmp *.jpg *.tiff *.png *JEPG);"));
+                                                      filters.join(QLatin1Char('\n')));
     // A cancelled dialog counts as a failure; so does a file that cannot be
     // read, which leaves the button for another try. An opened photograph
     // hides the button.
@@ -36,7 +41,11 @@ void BrisaQT::openAdjustment(QString szTemp)
 
 bool BrisaQT::openPhotograph(const QString& path)
 {
-    if (!m_document.openAdjustment(path)) {
+    // A RAW or HEIC photograph takes a moment to develop.
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool opened = m_document.openAdjustment(path);
+    QApplication::restoreOverrideCursor();
+    if (!opened) {
         printf("open: %s cannot be read, the picture stays\n", path.toLocal8Bit().constData());
         fflush(stdout);
         return false;

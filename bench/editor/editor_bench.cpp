@@ -12,11 +12,18 @@
 // refresh_thumbnails_ms       the twenty preset thumbnails graded and set
 // open_24mp_jpeg_ms           opening a 6000 x 4000 JPEG up to the first
 //                             shown preview and its thumbnails
+// open_24mp_heic_ms           the same picture as a HEIC (libheif, quality 90)
+// open_24mp_dng_ms            the same picture as an uncompressed 16-bit DNG,
+//                             developed by LibRaw (demosaic, sRGB, 16 bits)
 #include "EditorBench.h"
+#include "FormatSamples.h"
 
 #include "MySlider.h"
 
 #include <QApplication>
+#include <QFile>
+
+#include <opencv2/imgcodecs.hpp>
 
 #include <cstdio>
 
@@ -46,6 +53,30 @@ int main(int argc, char* argv[])
 
     const QString big = bench.photograph(cv::Size(6000, 4000), QStringLiteral("big.jpg"));
     printf("open_24mp_jpeg_ms %.1f ms\n", medianMs(5, [&] { window.openAdjustment(big); }));
+    fflush(stdout);
+
+    const cv::Mat picture = cv::imread(big.toLocal8Bit().constData(), cv::IMREAD_COLOR);
+    const QString heic = bench.folder() + QStringLiteral("/风光/big.heic");
+    HeifSample sample;
+    sample.quality = 90;
+    if (!writeHeif(heic, picture, sample)) {
+        fprintf(stderr, "editor_bench: cannot write the HEIC photograph\n");
+        return 1;
+    }
+    printf("open_24mp_heic_ms %.1f ms\n", medianMs(3, [&] { window.openAdjustment(heic); }));
+    fflush(stdout);
+
+    CameraExif camera;
+    camera.make = "Melo Optics";
+    camera.model = "Test Body 24";
+    const QString dng = bench.folder() + QStringLiteral("/风光/big.dng");
+    QFile dngFile(dng);
+    if (!dngFile.open(QIODevice::WriteOnly) || dngFile.write(makeDng(picture, 1, camera)) <= 0) {
+        fprintf(stderr, "editor_bench: cannot write the DNG photograph\n");
+        return 1;
+    }
+    dngFile.close();
+    printf("open_24mp_dng_ms %.1f ms\n", medianMs(3, [&] { window.openAdjustment(dng); }));
     fflush(stdout);
     bench.closeWindow();
     return 0;

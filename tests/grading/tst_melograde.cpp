@@ -1,5 +1,6 @@
 // The melo-grade executable, run as a user would run it: its preset grade is
 // the library's, its exit codes tell what went wrong.
+#include "FormatSamples.h"
 #include "GradingTestSupport.h"
 #include "LayerGrading.h"
 
@@ -31,6 +32,15 @@ Run meloGrade(const QStringList& arguments)
     run.out = process.readAllStandardOutput();
     run.err = process.readAllStandardError();
     return run;
+}
+
+// A camera that records its name only.
+CameraExif cameraWithoutDetails()
+{
+    CameraExif exif;
+    exif.make = "Melo Optics";
+    exif.model = "Test Body 24";
+    return exif;
 }
 
 const QString kSamples = QStringLiteral(MELO_SAMPLES_DIR);
@@ -78,6 +88,54 @@ private slots:
             const QString written = out.path() + "/" + QFileInfo(input).completeBaseName() + ".jpg";
             QVERIFY2(fileBytes(written) == fileBytes(expected), qPrintable(written));
         }
+    }
+
+    // HEIC, AVIF, WebP and DNG in, each upright (stored turned by
+    // orientation 6 where the format has one) and close to the photo graded;
+    // a cut-off HEIC is an image that failed.
+    void applyReadsEveryFormat_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<bool>("cut");
+        for (const char* format : {"heic", "avif", "webp", "dng"})
+            QTest::newRow(format) << QString::fromLatin1(format) << false;
+        QTest::newRow("cut-off heic") << QStringLiteral("heic") << true;
+    }
+    void applyReadsEveryFormat()
+    {
+        QFETCH(QString, format);
+        QFETCH(bool, cut);
+        const cv::Mat photo = cv::imread((kSamples + "/coffee.png").toStdString(), cv::IMREAD_COLOR);
+        const QString input = m_dir.filePath("coffee." + format);
+        if (format == "webp") {
+            QVERIFY(writeWebp(input, photo));
+        } else if (format == "dng") {
+            QFile file(input);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(makeDng(photo, 6, cameraWithoutDetails())) > 0);
+        } else {
+            HeifSample sample;
+            sample.avif = format == "avif";
+            sample.orientation = 6;
+            QVERIFY(writeHeif(input, photo, sample));
+        }
+        if (cut)
+            QVERIFY(QFile::resize(input, QFileInfo(input).size() / 2));
+        // The same grade of the photo read from its PNG is the reference.
+        const QString cube = kLibrary + "/1/0.CUBE";
+        const QString reference = m_dir.filePath("graded-reference.png");
+        QCOMPARE(meloGrade({"apply", "--lut", cube, "--strength", "60", kSamples + "/coffee.png", reference}).exitCode, 0);
+        const QString output = m_dir.filePath("graded-" + format + ".png");
+        const Run run = meloGrade({"apply", "--lut", cube, "--strength", "60", input, output});
+        if (cut) {
+            QCOMPARE(run.exitCode, 3);
+            QVERIFY2(run.err.contains("cannot read"), run.err.constData());
+            return;
+        }
+        QVERIFY2(run.exitCode == 0, run.err.constData());
+        const cv::Mat graded = cv::imread(output.toStdString(), cv::IMREAD_UNCHANGED);
+        const double difference =
+            meanColourDifference(graded, cv::imread(reference.toStdString(), cv::IMREAD_UNCHANGED));
+        QVERIFY2(difference < 3.0, qPrintable(QString::number(difference)));
     }
 
     // 2: bad arguments (nothing written), 1: no such preset, 3: an image failed.

@@ -1,5 +1,9 @@
 #include "GradeTool.h"
 
+#include "ImagePreview.h"
+
+#include <QFile>
+
 #include <opencv2/imgcodecs.hpp>
 
 #include <algorithm>
@@ -59,12 +63,8 @@ bool parseNumber(const std::string& text, int min, int max, int& value)
 
 cv::Mat readImage(const std::string& path)
 {
-    cv::Mat image;
-    try {
-        image = cv::imread(path, cv::IMREAD_UNCHANGED);
-    } catch (const cv::Exception&) {
-        image.release();
-    }
+    // The editor's reader, so HEIF/AVIF and camera RAW come in too.
+    const cv::Mat image = readImageFile(QFile::decodeName(path.c_str()));
     if (image.empty())
         complain(path + ": cannot read the image");
     return image;
