@@ -41,16 +41,16 @@ std::string progressBarText(size_t done, size_t total, double elapsedSeconds)
 
 BatchProgress::BatchProgress(size_t total, bool terminal) : m_total(total), m_terminal(terminal)
 {
-    if (!m_terminal)
-        return;
-    // Standard error goes through a pipe for the run, so that a line anyone
-    // writes there (a complaint from a worker, a decoder's warning) can be
-    // printed on the line of the bar, which is then redrawn below it.
+    // Standard error goes through a pipe for the run and comes out whole lines
+    // at a time, so that a line anyone writes there (a complaint from a
+    // worker, a decoder's warning in two pieces) is printed over the bar,
+    // which is then redrawn below it, and never inside another line.
     int ends[2];
     fflush(stderr);
-    m_terminalFd = dup(STDERR_FILENO);
-    if (m_terminalFd >= 0 && pipe(ends) == 0) {
+    const int stderrFd = dup(STDERR_FILENO);
+    if (stderrFd >= 0 && pipe(ends) == 0) {
         if (dup2(ends[1], STDERR_FILENO) >= 0) {
+            m_stderrFd = stderrFd;
             m_pipeFd = ends[0];
             m_forwarder = std::thread([this] { forwardStderr(); });
         } else {
@@ -58,23 +58,25 @@ BatchProgress::BatchProgress(size_t total, bool terminal) : m_total(total), m_te
         }
         close(ends[1]);
     }
+    if (m_stderrFd < 0 && stderrFd >= 0)
+        close(stderrFd);
     std::lock_guard<std::mutex> lock(m_mutex);
-    drawBar();
+    if (m_terminal)
+        drawBar();
 }
 
 BatchProgress::~BatchProgress()
 {
-    if (!m_terminal)
-        return;
     if (m_forwarder.joinable()) {
         fflush(stderr);
-        dup2(m_terminalFd, STDERR_FILENO);  // closes the pipe's last write end
+        dup2(m_stderrFd, STDERR_FILENO);  // closes the pipe's last write end
         m_forwarder.join();
         close(m_pipeFd);
     }
-    writeTerminal("\n");
-    if (m_terminalFd >= 0)
-        close(m_terminalFd);
+    if (m_terminal)
+        writeStderr("\n");
+    if (m_stderrFd >= 0)
+        close(m_stderrFd);
 }
 
 void BatchProgress::photoWritten(const std::string& input, const std::string& output)
@@ -84,36 +86,48 @@ void BatchProgress::photoWritten(const std::string& input, const std::string& ou
 
 void BatchProgress::photoFailed(const std::string& input, const std::string& problem)
 {
-    if (!problem.empty())
-        complain(problem);
-    finished(input + " failed");
+    finished(input + " failed", problem);
 }
 
-void BatchProgress::finished(const std::string& line)
+void BatchProgress::finished(const std::string& line, const std::string& problem)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     ++m_done;
-    if (m_terminal)
-        drawBar();
+    // The problem is written here rather than complained about, so that it
+    // comes before the photo's own line.
+    const std::string said = problem.empty() ? std::string() : "melo-grade: " + problem + "\n";
+    if (!m_terminal)
+        writeStderr(said + "melo-grade: " + std::to_string(m_done) + " of " + std::to_string(m_total) + " " +
+                      line + "\n");
+    else if (!said.empty())
+        writeLines(said);
     else
-        complain(std::to_string(m_done) + " of " + std::to_string(m_total) + " " + line);
+        drawBar();
 }
 
 void BatchProgress::drawBar()
 {
     const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
-    writeTerminal("\r\033[K" + progressBarText(m_done, m_total, elapsed));
+    writeStderr("\r\033[K" + progressBarText(m_done, m_total, elapsed));
 }
 
-void BatchProgress::writeTerminal(const std::string& text)
+void BatchProgress::writeStderr(const std::string& text)
 {
-    const int fd = m_terminalFd >= 0 ? m_terminalFd : STDERR_FILENO;
+    const int fd = m_stderrFd >= 0 ? m_stderrFd : STDERR_FILENO;
     for (size_t written = 0; written < text.size();) {
         const ssize_t n = write(fd, text.data() + written, text.size() - written);
         if (n <= 0)
             return;
         written += size_t(n);
     }
+}
+
+void BatchProgress::writeLines(const std::string& lines)
+{
+    if (!m_terminal)
+        return writeStderr(lines);
+    writeStderr("\r\033[K" + lines);
+    drawBar();
 }
 
 void BatchProgress::forwardStderr()
@@ -131,13 +145,11 @@ void BatchProgress::forwardStderr()
         if (end == std::string::npos)
             continue;
         std::lock_guard<std::mutex> lock(m_mutex);
-        writeTerminal("\r\033[K" + pending.substr(0, end + 1));
+        writeLines(pending.substr(0, end + 1));
         pending.erase(0, end + 1);
-        drawBar();
     }
     if (!pending.empty()) {
         std::lock_guard<std::mutex> lock(m_mutex);
-        writeTerminal("\r\033[K" + pending + "\n");
-        drawBar();
+        writeLines(pending + "\n");
     }
 }

@@ -24,17 +24,20 @@ public:
     void photoFailed(const std::string& input, const std::string& problem);
 
 private:
-    void finished(const std::string& line);
+    void finished(const std::string& line, const std::string& problem = {});
     void drawBar();
     void forwardStderr();
-    void writeTerminal(const std::string& text);
+    // Whole lines others wrote to standard error, above the bar if any.
+    void writeLines(const std::string& lines);
+    // To the real standard error.
+    void writeStderr(const std::string& text);
 
     const size_t m_total;
     const bool m_terminal;
     const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
     size_t m_done = 0;
     std::mutex m_mutex;  // the terminal and m_done
-    int m_terminalFd = -1;  // the real standard error while it is redirected
+    int m_stderrFd = -1;  // the real standard error
     int m_pipeFd = -1;      // read end of what standard error now writes to
     std::thread m_forwarder;
 };
