@@ -194,7 +194,7 @@ private slots:
     void progressBarOnATerminal()
     {
         QTemporaryDir out;
-        const QString bad = kSamples + "/truncated.jpg";
+        const QString bad = m_dir.path() + "/none.jpg";  // no decoder warning ends the bar's line first
         const Run run = meloGradeOnTerminal(presetArguments(out.path(), 2) +
                                             QStringList{kSamples + "/rocket.jpg", bad, kSamples + "/coffee.png"});
         QCOMPARE(run.exitCode, 3);
