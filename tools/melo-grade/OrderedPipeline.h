@@ -13,6 +13,7 @@
 #include <exception>
 #include <functional>
 #include <mutex>
+#include <system_error>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -73,8 +74,15 @@ public:
             }
         };
         std::vector<std::thread> threads;
-        for (size_t t = 0; t < std::min(count, size_t(m_jobs)); ++t)
-            threads.emplace_back(worker);
+        for (size_t t = 0; t < std::min(count, size_t(m_jobs)); ++t) {
+            try {
+                threads.emplace_back(worker);
+            } catch (const std::system_error&) {
+                if (threads.empty())
+                    throw;
+                break;  // the system gives no more threads: go on with fewer
+            }
+        }
 
         std::unique_lock<std::mutex> lock(mutex);
         while (delivered < count) {

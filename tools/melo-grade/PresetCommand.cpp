@@ -193,20 +193,26 @@ int runPresetCommand(const Arguments& args)
     BatchProgress progress(job.inputs.size(), isatty(fileno(stderr)));
     bool anyFailed = false;
     OrderedPipeline<PhotoOutcome> pipeline(job.jobs, job.jobs + 2);
-    pipeline.run(
-        job.inputs.size(),
-        [&](size_t i) {
-            if (outputs[i].empty())
-                return PhotoOutcome{false, refusals[i]};
-            return gradePhoto(job, root, job.inputs[i], outputs[i]);
-        },
-        [&](size_t i, PhotoOutcome& outcome) {
-            if (outcome.written) {
-                progress.photoWritten(job.inputs[i], outputs[i]);
-            } else {
-                anyFailed = true;
-                progress.photoFailed(job.inputs[i], outcome.problem);
-            }
-        });
+    try {
+        pipeline.run(
+            job.inputs.size(),
+            [&](size_t i) {
+                if (outputs[i].empty())
+                    return PhotoOutcome{false, refusals[i]};
+                return gradePhoto(job, root, job.inputs[i], outputs[i]);
+            },
+            [&](size_t i, PhotoOutcome& outcome) {
+                if (outcome.written) {
+                    progress.photoWritten(job.inputs[i], outputs[i]);
+                } else {
+                    anyFailed = true;
+                    progress.photoFailed(job.inputs[i], outcome.problem);
+                }
+            });
+    } catch (const std::exception& error) {
+        // No thread to be had, for one: nothing more is started.
+        complain(std::string("the batch stopped: ") + error.what());
+        return kExitImageFailed;
+    }
     return anyFailed ? kExitImageFailed : kExitOk;
 }
