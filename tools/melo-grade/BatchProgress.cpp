@@ -97,10 +97,10 @@ void BatchProgress::finished(const std::string& line, const std::string& problem
     // comes before the photo's own line.
     const std::string said = problem.empty() ? std::string() : "melo-grade: " + problem + "\n";
     if (!m_terminal)
-        writeStderr(said + "melo-grade: " + std::to_string(m_done) + " of " + std::to_string(m_total) + " " +
-                      line + "\n");
+        writeStderr(said + "melo-grade: " + std::to_string(m_done) + " of " + std::to_string(m_total) + " " + line +
+                    "\n");
     else if (!said.empty())
-        writeLines(said);
+        writeLines(said);  // redraws the bar
     else
         drawBar();
 }
