@@ -62,21 +62,29 @@ double childrenCpuSeconds()
 }
 
 // Runs each command in turn and prints "<name>_photos_per_min" from the
-// whole wall time and "<name>_cpu_s_per_photo"; nothing when one failed.
-void runAndReport(const std::string& name, size_t photos, const std::vector<std::string>& commands)
+// whole wall time and "<name>_cpu_s_per_photo"; returns the photos per
+// minute, 0 after saying nothing when one failed.
+double runAndReport(const std::string& name, size_t photos, const std::vector<std::string>& commands)
 {
     const double cpuBefore = childrenCpuSeconds();
     const auto start = std::chrono::steady_clock::now();
     for (const std::string& command : commands) {
         if (std::system(command.c_str()) != 0) {
             fprintf(stderr, "batch_bench: failed: %s\n", command.c_str());
-            return;
+            return 0;
         }
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     printf("%s_photos_per_min %.2f photos/min\n", name.c_str(), photos * 60.0 / seconds);
     printf("%s_cpu_s_per_photo %.3f s\n", name.c_str(), (childrenCpuSeconds() - cpuBefore) / photos);
     fflush(stdout);
+    return photos * 60.0 / seconds;
+}
+
+void ratio(const char* name, double over, double under)
+{
+    if (over > 0 && under > 0)
+        printf("%s %.2f times\n", name, over / under);
 }
 
 }  // namespace
@@ -113,11 +121,13 @@ int main(int argc, char** argv)
     std::string inputs;
     for (const std::string& name : names)
         inputs += " '" + folder + "/in/" + name + ".jpg'";
-    const std::string melo = std::string("'" MELO_GRADE_PROGRAM "' preset --scene 1 --down 2 --presets '"
-                                         MELO_PRESET_DIR "' ");
-    runAndReport("batch_melo", names.size(), {melo + "--out-dir '" + folder + "/melo'" + inputs + " 2>/dev/null"});
-    runAndReport("batch_melo_jobs1", names.size(),
-                 {melo + "--jobs 1 --out-dir '" + folder + "/melo1'" + inputs + " 2>/dev/null"});
+    // Standard error is a pipe here: one line per photo, dropped.
+    const std::string meloCommand =
+        "'" MELO_GRADE_PROGRAM "' 2>/dev/null preset --scene 1 --down 2 --presets '" MELO_PRESET_DIR "' ";
+    const double melo =
+        runAndReport("batch_melo", names.size(), {meloCommand + "--out-dir '" + folder + "/melo'" + inputs});
+    const double jobs1 = runAndReport("batch_melo_jobs1", names.size(),
+                                      {meloCommand + "--jobs 1 --out-dir '" + folder + "/melo1'" + inputs});
     if (!quick) {
         std::vector<std::string> ffmpeg, gmic;
         for (const std::string& name : names) {
@@ -128,9 +138,10 @@ int main(int argc, char** argv)
             gmic.push_back("gmic -v -1 " + in + " '" + folder + "/table.cube' map_clut[0] [1] rm[1] o '" + folder +
                            "/gmic/" + name + ".jpg',100 >/dev/null");
         }
-        runAndReport("batch_ffmpeg", names.size(), ffmpeg);
+        ratio("batch_melo_over_ffmpeg", melo, runAndReport("batch_ffmpeg", names.size(), ffmpeg));
         runAndReport("batch_gmic", names.size(), gmic);
     }
+    ratio("batch_melo_over_jobs1", melo, jobs1);
     loadAverage();
     printf("cores %ld count\n", sysconf(_SC_NPROCESSORS_ONLN));
     std::system(("rm -rf '" + folder + "'").c_str());

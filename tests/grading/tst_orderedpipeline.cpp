@@ -5,12 +5,12 @@
 
 #include <QTest>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <atomic>
 #include <memory>
-#include <numeric>
 #include <mutex>
+#include <numeric>
 #include <stdexcept>
 #include <thread>
 
