@@ -112,10 +112,10 @@ private slots:
             << QStringList{"apply", "--lut", "x.cube", "--strength", "101", "a", "b.png"} << 2 << QByteArray("melo-grade: ");
         QTest::newRow("no preset") << QStringList{"preset", "--scene", "0", "--top", "0", "--presets", m_dir.path(),
                                                   "--out-dir", m_dir.path(), coffee} << 1 << QByteArray("no such preset");
-        QTest::newRow("no jobs") << QStringList{"preset", "--scene", "0", "--jobs", "0", "--out-dir", m_dir.path(),
-                                                coffee} << 2 << QByteArray("--jobs needs a number");
         QTest::newRow("unwritable") << QStringList{"apply", coffee, "/proc/melo/out.png"} << 3
                                     << QByteArray("cannot write");
+        QTest::newRow("no jobs") << QStringList{"preset", "--scene", "0", "--jobs", "0", "--out-dir", m_dir.path(),
+                                                coffee} << 2 << QByteArray("--jobs needs a number");
     }
     void exitCodes()
     {
