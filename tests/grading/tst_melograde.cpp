@@ -13,6 +13,9 @@
 #include <QTest>
 
 #include <sys/stat.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -41,6 +44,35 @@ CameraExif cameraWithoutDetails()
     exif.make = "Melo Optics";
     exif.model = "Test Body 24";
     return exif;
+}
+
+// The same with standard error (and input and output) on a terminal.
+Run meloGradeOnTerminal(const QStringList& arguments)
+{
+    std::vector<QByteArray> words{QByteArray(MELO_GRADE_PROGRAM)};
+    for (const QString& argument : arguments)
+        words.push_back(argument.toLocal8Bit());
+    std::vector<char*> argv;
+    for (QByteArray& word : words)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        execv(argv[0], argv.data());
+        _exit(127);
+    }
+    Run run;
+    if (child < 0)
+        return run;
+    char buffer[4096];
+    for (ssize_t n; (n = read(terminal, buffer, sizeof buffer)) > 0 || (n < 0 && errno == EINTR);)
+        run.err.append(buffer, int(std::max<ssize_t>(n, 0)));
+    close(terminal);
+    int status = 0;
+    if (waitpid(child, &status, 0) == child && WIFEXITED(status))
+        run.exitCode = WEXITSTATUS(status);
+    return run;
 }
 
 const QString kSamples = QStringLiteral(MELO_SAMPLES_DIR);
@@ -157,6 +189,8 @@ private slots:
                                         << 1 << QByteArray("cannot read the LUT");
         QTest::newRow("unwritable") << QStringList{"apply", coffee, "/proc/melo/out.png"} << 3
                                     << QByteArray("cannot write");
+        QTest::newRow("no jobs") << QStringList{"preset", "--scene", "0", "--jobs", "0", "--out-dir", m_dir.path(),
+                                                coffee} << 2 << QByteArray("--jobs needs a number");
     }
     void exitCodes()
     {
@@ -166,6 +200,92 @@ private slots:
         QTEST(run.exitCode, "exitCode");
         QVERIFY2(run.err.contains(said), run.err.constData());
         QVERIFY(run.exitCode != 2 || run.out.isEmpty());
+    }
+
+    // Photos graded side by side come out as they do one at a time, and are
+    // reported one line each in input order when nobody watches a terminal.
+    void jobsGiveTheSameFiles()
+    {
+        const QStringList names = {"chelsea.png", "rocket.jpg", "coffee.png", "chessboard_GRAY_U16.tif",
+                                   "astronaut.png", "camera.png"};
+        QStringList inputs;
+        for (const QString& name : names)
+            inputs << kSamples + "/" + name;
+        QByteArray lines[2];
+        QTemporaryDir out[2];
+        for (int run = 0; run < 2; ++run) {
+            const Run result = meloGrade(presetArguments(out[run].path(), run + 1) + inputs);
+            QCOMPARE(result.exitCode, 0);
+            for (const QByteArray& line : result.err.split('\n'))
+                if (line.startsWith("melo-grade: "))  // not a decoder's warning
+                    lines[run] += line + '\n';
+        }
+        QByteArray expectedLines;
+        for (int i = 0; i < inputs.size(); ++i) {
+            const QString output = QFileInfo(inputs[i]).completeBaseName() + ".jpg";
+            const QByteArray one = fileBytes(out[0].path() + "/" + output);
+            QVERIFY2(!one.isEmpty() && one == fileBytes(out[1].path() + "/" + output), qPrintable(output));
+            expectedLines += QStringLiteral("melo-grade: %1 of %2 %3 -> %4/%5\n")
+                                 .arg(i + 1).arg(inputs.size()).arg(inputs[i], "%4", output).toLocal8Bit();
+        }
+        QCOMPARE(lines[0], QByteArray(expectedLines).replace("%4", out[0].path().toLocal8Bit()));
+        QCOMPARE(lines[1], QByteArray(expectedLines).replace("%4", out[1].path().toLocal8Bit()));
+    }
+
+    // A photo that cannot be graded is reported and the others still come
+    // out as they would alone.
+    void badPhotoAmongOthers_data()
+    {
+        QTest::addColumn<QString>("bad");
+        QTest::addColumn<QByteArray>("said");
+        writeFileBytes(m_dir.path() + "/text.jpg", "not a photograph\n");
+        QFile::copy(kSamples + "/coffee.png", m_dir.path() + "/rocket.png");
+        QDir().mkpath(m_dir.path() + "/folder.jpg");
+        QTest::newRow("truncated") << kSamples + "/truncated.jpg" << QByteArray("truncated.jpg: cannot read the image");
+        QTest::newRow("text as .jpg") << m_dir.path() + "/text.jpg" << QByteArray("text.jpg: cannot read the image");
+        QTest::newRow("missing") << m_dir.path() + "/none.jpg" << QByteArray("none.jpg: cannot read the image");
+        QTest::newRow("folder") << m_dir.path() + "/folder.jpg" << QByteArray("folder.jpg: cannot read the image");
+        QTest::newRow("same name as another") << m_dir.path() + "/rocket.png"
+                                              << QByteArray("rocket.png: skipped, ");
+    }
+    void badPhotoAmongOthers()
+    {
+        QFETCH(QString, bad);
+        QFETCH(QByteArray, said);
+        const QStringList good = {kSamples + "/rocket.jpg", kSamples + "/coffee.png"};
+        QTemporaryDir alone, out;
+        QCOMPARE(meloGrade(presetArguments(alone.path(), 1) + good).exitCode, 0);
+        const Run run = meloGrade(presetArguments(out.path(), 2) + QStringList{good[0], bad, good[1]});
+        QCOMPARE(run.exitCode, 3);
+        QVERIFY2(run.err.contains(said), run.err.constData());
+        QVERIFY2(run.err.contains("melo-grade: 2 of 3 " + bad.toLocal8Bit() + " failed\n"), run.err.constData());
+        QCOMPARE(QDir(out.path()).entryList(QDir::Files), (QStringList{"coffee.jpg", "rocket.jpg"}));
+        for (const QString& name : QStringList{"coffee.jpg", "rocket.jpg"})
+            QVERIFY2(fileBytes(out.path() + "/" + name) == fileBytes(alone.path() + "/" + name), qPrintable(name));
+    }
+
+    // On a terminal a bar counts the photos; a complaint meanwhile gets a
+    // line of its own instead of being written across the bar.
+    void progressBarOnATerminal()
+    {
+        QTemporaryDir out;
+        const QString bad = m_dir.path() + "/none.jpg";  // no decoder warning ends the bar's line first
+        const Run run = meloGradeOnTerminal(presetArguments(out.path(), 2) +
+                                            QStringList{kSamples + "/rocket.jpg", bad, kSamples + "/coffee.png"});
+        QCOMPARE(run.exitCode, 3);
+        const int complaint = run.err.indexOf("melo-grade: " + bad.toLocal8Bit() + ": cannot read the image");
+        QVERIFY2(complaint > 0 && (run.err.at(complaint - 1) == '\n' || run.err.mid(complaint - 3, 3) == "\033[K"),
+                 run.err.constData());
+        QVERIFY2(run.err.contains("\r\033[Kmelo-grade [########################] 3 of 3  "), run.err.constData());
+        QVERIFY2(!run.err.contains(" -> "), run.err.constData());
+        QVERIFY(QFileInfo::exists(out.path() + "/coffee.jpg"));
+    }
+
+private:
+    static QStringList presetArguments(const QString& outDir, int jobs)
+    {
+        return {"preset", "--scene", "1", "--mid", "1", "--down", "3", "--strength", "80", "--presets",
+                QStringLiteral(MELO_PRESET_DIR), "--jobs", QString::number(jobs), "--out-dir", outDir};
     }
 };
 

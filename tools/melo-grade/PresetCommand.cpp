@@ -1,8 +1,9 @@
 // melo-grade preset --scene S [--top I] [--mid I] [--down I] [--strength N]
-//                   [--presets DIR|ARCHIVE] --out-dir DIR INPUT...
+//                   [--presets DIR|ARCHIVE] [--jobs N] --out-dir DIR INPUT...
 //
 // Grades every input at full resolution with the chosen layers of a scene,
-// as the editor's save does, several files at a time. Each result is written
+// as the editor's save does, N photos at a time (default: one per core),
+// reporting them in input order. Each result is written
 // as DIR/<input base name>.jpg (JPEG quality 100). --presets names a folder
 // holding MELO/<scene>/<n>.CUBE (or the MELO folder itself) or the encrypted
 // preset archive, which is unpacked into a private temporary folder first;
@@ -14,16 +15,19 @@
 #include "LutApply.h"
 #include "LutCache.h"
 
+#include "BatchProgress.h"
+#include "OrderedPipeline.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QThread>
 
-#include <atomic>
+#include <climits>
 #include <cstdio>
+#include <exception>
+#include <malloc.h>
 #include <map>
-#include <mutex>
-#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -34,7 +38,10 @@ struct PresetJob {
     std::string presets;
     std::string outDir;
     Arguments inputs;
+    int jobs = std::max(1, QThread::idealThreadCount());
 };
+
+const int kMaxJobs = 256;
 
 const char* const kLayerOptions[kPresetLayerCount] = {"--top", "--mid", "--down"};
 const int kLayerSizes[kPresetLayerCount] = {4, 4, 12};
@@ -64,6 +71,9 @@ int parseJob(const Arguments& args, PresetJob& job)
         } else if (option == "--strength") {
             if (!parseNumber(value, 0, 100, strength))
                 return usageError("--strength needs a number from 0 to 100");
+        } else if (option == "--jobs") {
+            if (!parseNumber(value, 1, kMaxJobs, job.jobs))
+                return usageError("--jobs needs a number from 1 to " + std::to_string(kMaxJobs));
         } else if (option == "--presets") {
             job.presets = value;
         } else if (option == "--out-dir") {
@@ -127,40 +137,29 @@ std::string baseName(const std::string& path)
     return QFileInfo(QString::fromLocal8Bit(path.c_str())).completeBaseName().toLocal8Bit().toStdString();
 }
 
-// Reports progress on one terminal line, and failures on lines of their own.
-class Progress {
-public:
-    explicit Progress(size_t total) : m_total(total), m_terminal(isatty(fileno(stderr))) {}
-    void failed(const std::string& message)
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_terminal)
-            fputs("\r\033[K", stderr);
-        complain(message);
-        draw();
-    }
-    void done()
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        ++m_done;
-        draw();
-        if (m_terminal && m_done == m_total)
-            fputs("\n", stderr);
-    }
-
-private:
-    void draw()
-    {
-        if (m_terminal) {
-            fprintf(stderr, "\rmelo-grade: %zu of %zu", m_done, m_total);
-            fflush(stderr);
-        }
-    }
-    std::mutex m_mutex;
-    size_t m_done = 0;
-    const size_t m_total;
-    const bool m_terminal;
+// What became of one photo.
+struct PhotoOutcome {
+    bool written = false;
+    std::string problem;  // not yet said; empty when the reader or writer said it
 };
+
+PhotoOutcome gradePhoto(const PresetJob& job, const QString& root, const std::string& input,
+                        const std::string& output)
+{
+    PhotoOutcome outcome;
+    try {
+        const cv::Mat photo = readImage(input);
+        if (photo.empty())
+            return outcome;
+        const LayerGradeResult result = gradeLayers(photo, job.scene, job.selection, root);
+        outcome.written = writeImage(output, result.graded ? result.image : toBgr8(photo));
+    } catch (const std::exception& error) {
+        // Out of memory on a huge photo, for one: that photo fails, the
+        // others go on.
+        outcome.problem = input + ": cannot grade the image: " + error.what();
+    }
+    return outcome;
+}
 
 }  // namespace
 
@@ -180,44 +179,49 @@ int runPresetCommand(const Arguments& args)
 
     // One output per input; a second input with the same base name is refused
     // rather than overwriting the first one's result.
-    std::vector<std::string> outputs(job.inputs.size());
+    std::vector<std::string> outputs(job.inputs.size()), refusals(job.inputs.size());
     std::map<std::string, size_t> owner;
-    Progress progress(job.inputs.size());
-    std::atomic<bool> anyFailed{false};
     for (size_t i = 0; i < job.inputs.size(); ++i) {
         const std::string output = job.outDir + "/" + baseName(job.inputs[i]) + ".jpg";
-        if (!owner.emplace(output, i).second) {
-            progress.failed(job.inputs[i] + ": skipped, " + output + " is the result of " +
-                            job.inputs[owner[output]]);
-            anyFailed = true;
-            continue;
-        }
-        outputs[i] = output;
+        if (owner.emplace(output, i).second)
+            outputs[i] = output;
+        else
+            refusals[i] = job.inputs[i] + ": skipped, " + output + " is the result of " + job.inputs[owner[output]];
     }
 
-    std::atomic<size_t> next{0};
-    auto work = [&] {
-        for (size_t i; (i = next++) < job.inputs.size();) {
-            if (outputs[i].empty())
-                continue;
-            const cv::Mat input = readImage(job.inputs[i]);
-            bool ok = !input.empty();
-            if (ok) {
-                const LayerGradeResult result = gradeLayers(input, job.scene, job.selection, root);
-                ok = writeImage(outputs[i], result.graded ? result.image : toBgr8(input));
-            }
-            if (ok)
-                progress.done();
-            else
-                anyFailed = true;
-        }
-    };
-    const size_t workers = std::min<size_t>(job.inputs.size(), std::max(1, QThread::idealThreadCount()));
-    std::vector<std::thread> threads;
-    for (size_t w = 1; w < workers; ++w)
-        threads.emplace_back(work);
-    work();
-    for (std::thread& thread : threads)
-        thread.join();
+    // Every photo needs several picture-sized buffers. Kept in the heap once
+    // freed, rather than handed back to the system and faulted in afresh for
+    // the next photo, they cost about a third less processor time; the
+    // pipeline bounds how many exist at once.
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, INT_MAX);
+
+    // Decoding, grading and encoding of different photos overlap; a few
+    // photos more than the workers may wait to be reported in order, so
+    // memory stays bounded by the number of jobs.
+    BatchProgress progress(job.inputs.size(), isatty(fileno(stderr)));
+    bool anyFailed = false;
+    OrderedPipeline<PhotoOutcome> pipeline(job.jobs, job.jobs + 2);
+    try {
+        pipeline.run(
+            job.inputs.size(),
+            [&](size_t i) {
+                if (outputs[i].empty())
+                    return PhotoOutcome{false, refusals[i]};
+                return gradePhoto(job, root, job.inputs[i], outputs[i]);
+            },
+            [&](size_t i, PhotoOutcome& outcome) {
+                if (outcome.written) {
+                    progress.photoWritten(job.inputs[i], outputs[i]);
+                } else {
+                    anyFailed = true;
+                    progress.photoFailed(job.inputs[i], outcome.problem);
+                }
+            });
+    } catch (const std::exception& error) {
+        // No thread to be had, for one: nothing more is started.
+        complain(std::string("the batch stopped: ") + error.what());
+        return kExitImageFailed;
+    }
     return anyFailed ? kExitImageFailed : kExitOk;
 }

@@ -19,8 +19,9 @@ const char kUsage[] =
     "  melo-grade apply [--lut FILE [--strength N]]... INPUT OUTPUT\n"
     "      apply each LUT in turn; with --strength lay it over the result so far like an editor layer\n"
     "  melo-grade preset --scene S [--top I] [--mid I] [--down I] [--strength N]\n"
-    "                    [--presets DIR|ARCHIVE] --out-dir DIR INPUT...\n"
-    "      grade every INPUT with the scene's presets into DIR/<name>.jpg\n"
+    "                    [--presets DIR|ARCHIVE] [--jobs N] --out-dir DIR INPUT...\n"
+    "      grade every INPUT with the scene's presets into DIR/<name>.jpg, N at a time\n"
+    "      (default: one per core); a bar on a terminal, else one line per photo\n"
     "exit codes: 0 done, 1 a LUT or preset could not be read, 2 bad arguments,\n"
     "            3 an image could not be read or written (the others were processed)\n";
 
