@@ -67,6 +67,16 @@ QImage matToQImage(const cv::Mat& input)
         return image;
     }
 
+    if (mat.channels() == 4) {
+        // Straight alpha: the view shows the colours over its own background.
+        QImage image(mat.cols, mat.rows, QImage::Format_RGBA8888);
+        if (image.isNull())
+            return image;
+        cv::Mat target(mat.rows, mat.cols, CV_8UC4, image.bits(), size_t(image.bytesPerLine()));
+        cv::cvtColor(mat, target, cv::COLOR_BGRA2RGBA);
+        return image;
+    }
+
     // Wrap the bytes; the image holds a reference to the matrix, so the
     // pixels live as long as the image (and no copy is made). A region of a
     // larger matrix keeps its real row step.

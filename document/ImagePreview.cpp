@@ -1,13 +1,10 @@
 #include "ImagePreview.h"
 
 #include "GlobalConstants.h"
-#include "JpegSegments.h"
 #include "SettingsStore.h"
 
 #include <QCoreApplication>
-#include <QFile>
 
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
 namespace {
@@ -52,7 +49,13 @@ cv::Mat makePreview(const cv::Mat& full)
 
 cv::Mat makeThumbnail(const cv::Mat& preview)
 {
-    return scaled(preview, thumbnailScale(preview.cols));
+    const float t = thumbnailScale(preview.cols);
+    const int maxRows = int(kThumbnailMaxHeight / double(t));
+    if (t > 0.0f && preview.rows > maxRows && maxRows > 0) {
+        const cv::Rect middle(0, (preview.rows - maxRows) / 2, preview.cols, maxRows);
+        return scaled(preview(middle), t);
+    }
+    return scaled(preview, t);
 }
 
 int recogniseScene(const QString& path, int current)
@@ -98,27 +101,4 @@ QString cacheDirectory()
 QString tempFilePathFor(const QString& cacheDir, const QString& photoPath)
 {
     return QStringLiteral("%1%2_temp.jpg").arg(cacheDir, cutAtLastDot(fileNameOf(photoPath)));
-}
-
-cv::Mat readImageFile(const QString& path)
-{
-    QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::ReadOnly))
-        return cv::Mat();
-    QByteArray bytes;
-    try {
-        bytes = file.readAll();
-    } catch (const std::bad_alloc&) {
-        return cv::Mat();
-    }
-    if (bytes.isEmpty())
-        return cv::Mat();
-    if (isJpeg(bytes) && !jpegDataComplete(bytes))
-        return cv::Mat();
-    try {
-        const cv::Mat buffer(1, bytes.size(), CV_8U, bytes.data());
-        return cv::imdecode(buffer, cv::IMREAD_UNCHANGED);
-    } catch (const std::exception&) {
-        return cv::Mat();
-    }
 }

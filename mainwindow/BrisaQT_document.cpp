@@ -36,8 +36,10 @@ void BrisaQT::openAdjustment(QString szTemp)
 
 bool BrisaQT::openPhotograph(const QString& path)
 {
-    if (!m_document.openAdjustment(path)) {
-        printf("open: %s cannot be read, the picture stays\n", path.toLocal8Bit().constData());
+    QString reason;
+    if (!m_document.openAdjustment(path, &reason)) {
+        printf("open: %s cannot be read (%s), the picture stays\n", path.toLocal8Bit().constData(),
+               reason.toLocal8Bit().constData());
         fflush(stdout);
         return false;
     }
@@ -50,7 +52,7 @@ bool BrisaQT::openPhotograph(const QString& path)
     }
     m_cropResetBtn->setEnabled(false);
     leaveCompare();
-    m_drawLabel->setImage(m_document.m_showMat);
+    m_drawLabel->setImage(m_document.forDisplay(m_document.m_showMat));
     resetImage();
     refreshPresetThumbnails();
     m_toolStrip->show();
@@ -63,13 +65,14 @@ bool BrisaQT::loadImageFile(const char* path, bool full)
     if (!m_document.loadImageFile(path, full))
         return false;
     if (full)
-        m_drawLabel->setImage(m_document.m_showMat);
+        m_drawLabel->setImage(m_document.forDisplay(m_document.m_showMat));
     return showMat(m_document.m_dstMat);
 }
 
 bool BrisaQT::showMat(const cv::Mat& mat)
 {
-    return showMatOnLabel(m_drawLabel, mat);
+    // Shown in sRGB when the photograph's profile is another.
+    return showMatOnLabel(m_drawLabel, m_document.forDisplay(mat));
 }
 
 void BrisaQT::get_Thread_msg(cv::Mat cvmat)
@@ -80,7 +83,7 @@ void BrisaQT::get_Thread_msg(cv::Mat cvmat)
 
 void BrisaQT::refitImageView()
 {
-    m_drawLabel->setImage(m_document.m_showMat);
+    m_drawLabel->setImage(m_document.forDisplay(m_document.m_showMat));
     showMat(m_document.m_dstMat);
 }
 

@@ -2,6 +2,7 @@
 // the library's, its exit codes tell what went wrong.
 #include "GradingTestSupport.h"
 #include "LayerGrading.h"
+#include "SmallDisk.h"
 
 #include <opencv2/imgcodecs.hpp>
 
@@ -9,6 +10,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -41,6 +44,13 @@ class TestMeloGrade : public QObject
     QTemporaryDir m_dir;
 
 private slots:
+    void initTestCase()
+    {
+        QVERIFY(mkfifo(QFile::encodeName(m_dir.filePath("fifo.jpg")).constData(), 0600) == 0);
+        QVERIFY(QFile::link("/dev/zero", m_dir.filePath("zero.jpg")));
+        QVERIFY(writeFileBytes(m_dir.filePath("cut.jpg"), fileBytes(kSamples + "/rocket.jpg").left(20000)));
+    }
+
     void presetMatchesTheLibrary_data()
     {
         QTest::addColumn<QString>("presets");
@@ -81,6 +91,13 @@ private slots:
                                                   "--out-dir", m_dir.path(), coffee} << 1 << QByteArray("no such preset");
         QTest::newRow("unwritable") << QStringList{"apply", coffee, "/proc/melo/out.png"} << 3
                                     << QByteArray("cannot write");
+        // Refused at once and as the editor refuses them.
+        QTest::newRow("fifo") << QStringList{"apply", m_dir.filePath("fifo.jpg"), m_dir.filePath("o.png")} << 3
+                              << QByteArray("not a regular file");
+        QTest::newRow("link to /dev/zero") << QStringList{"apply", m_dir.filePath("zero.jpg"), m_dir.filePath("o.png")}
+                                           << 3 << QByteArray("not a regular file");
+        QTest::newRow("cut-off jpeg") << QStringList{"apply", m_dir.filePath("cut.jpg"), m_dir.filePath("o.png")} << 3
+                                      << QByteArray("cut off");
     }
     void exitCodes()
     {
@@ -90,6 +107,23 @@ private slots:
         QTEST(run.exitCode, "exitCode");
         QVERIFY2(run.err.contains(said), run.err.constData());
         QVERIFY(run.exitCode != 2 || run.out.isEmpty());
+        QVERIFY(!QFile::exists(m_dir.filePath("o.png")));
+    }
+
+    // A full disk: the earlier output survives byte for byte, nothing else is
+    // left, and the answer says so.
+    void fullDiskKeepsTheOutput()
+    {
+        SmallDisk disk("size=64k");
+        if (!disk.mounted())
+            QSKIP("mounting a tmpfs is not permitted here");
+        const QString out = disk.path() + "/out.tif";
+        QVERIFY(writeFileBytes(out, "earlier"));
+        const Run run = meloGrade({"apply", kSamples + "/astronaut.png", out});
+        QCOMPARE(run.exitCode, 3);
+        QVERIFY2(run.err.contains("cannot write"), run.err.constData());
+        QCOMPARE(fileBytes(out), QByteArray("earlier"));
+        QCOMPARE(QDir(disk.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"out.tif"});
     }
 };
 
