@@ -44,7 +44,12 @@ float thumbnailScale(int cols)
 
 cv::Mat makePreview(const cv::Mat& full)
 {
-    return scaled(full, previewScale(full.cols, full.rows));
+    cv::Mat preview = scaled(full, previewScale(full.cols, full.rows));
+    // Interactive work stays at 8 bits whatever the file holds; only the save
+    // goes back to the full-depth source.
+    if (preview.depth() == CV_16U)
+        preview.convertTo(preview, CV_8U, 1.0 / 257.0);
+    return preview;
 }
 
 cv::Mat makeThumbnail(const cv::Mat& preview)

@@ -26,6 +26,8 @@ float thumbnailScale(int cols);
 // instead of throwing when the input is empty or the result would have no
 // pixels (an extremely thin picture). The thumbnail is at most
 // kThumbnailMaxHeight tall: of a taller picture the middle rows are taken.
+// The preview of a 16-bit photograph has 8 bits (rounded to nearest), its
+// channels as in the source.
 cv::Mat makePreview(const cv::Mat& full);
 cv::Mat makeThumbnail(const cv::Mat& preview);
 

@@ -91,7 +91,7 @@ private slots:
         QTest::addColumn<int>("type");
         QTest::newRow("grey png") << "camera.png" << -1 << QSize(512, 512) << CV_8UC1;
         QTest::newRow("palette png") << "palette_color.png" << -1 << QSize(10, 10) << CV_8UC3;
-        QTest::newRow("16-bit tiff") << "chessboard_GRAY_U16.tif" << -1 << QSize(200, 200) << CV_16UC1;
+        QTest::newRow("16-bit tiff: 8-bit preview") << "chessboard_GRAY_U16.tif" << -1 << QSize(200, 200) << CV_8UC1;
         QTest::newRow("truncated sample") << "truncated.jpg" << -1 << QSize() << 0;
         QTest::newRow("jpeg cut in its image data") << "hubble_deep_field.jpg" << 300000 << QSize() << 0;
         QTest::newRow("empty file") << "camera.png" << 0 << QSize() << 0;
@@ -124,7 +124,8 @@ private slots:
         QCOMPARE(doc.m_tempFilePath, dir.path() + "//Cache//" + cutAtLastDot(file) + "_temp.jpg");
         QVERIFY(doc.m_sceneIndex == 2 && doc.m_cropRects.isEmpty());
         QCOMPARE(sizeOf(doc.m_srcMat), size);
-        QTEST(doc.m_showMat.type(), "type");  // the file's own depth and channels
+        QTEST(doc.m_showMat.type(), "type");  // the file's own channels, 8 bits
+        QCOMPARE(doc.m_srcMat.channels(), doc.m_showMat.channels());
         QVERIFY(doc.m_orgMat.data == doc.m_srcMat.data && doc.m_dstMat.data == doc.m_showMat.data);
         QCOMPARE(doc.m_thumbMat.cols, 82);
     }
