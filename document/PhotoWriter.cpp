@@ -68,7 +68,9 @@ QByteArray encodePhoto(const Photo& photo, PhotoFormat format, QString* error)
                 bytes = withPngIccProfile(bytes, photo.iccProfile);
             break;
         case PhotoFormat::Tiff:
-            bytes = encodeWithOpenCv(photo.pixels, ".tiff", {});
+            // Uncompressed: LZW gains little on camera noise and costs
+            // seconds on a large 16-bit picture.
+            bytes = encodeWithOpenCv(photo.pixels, ".tiff", {cv::IMWRITE_TIFF_COMPRESSION, 1});
             if (!bytes.isEmpty() && !photo.iccProfile.isEmpty())
                 bytes = withTiffIccProfile(bytes, photo.iccProfile);
             break;

@@ -19,8 +19,8 @@ std::optional<PhotoFormat> photoFormatForExtension(QString extension);
 
 // JPEG: 8 bits (16-bit values rounded to the nearest 8-bit one), alpha
 // dropped, quality 100, the EXIF segment as given and the profile as APP2
-// chunks. PNG (compression 9) and TIFF keep 16 bits and alpha and carry the
-// profile (iCCP chunk, tag 34675). Empty, with a reason, when the pixels
+// chunks. PNG (compression 9) and TIFF (uncompressed) keep 16 bits and alpha
+// and carry the profile (iCCP chunk, tag 34675). Empty, with a reason, when the pixels
 // cannot be encoded. Never throws.
 QByteArray encodePhoto(const Photo& photo, PhotoFormat format, QString* error = nullptr);
 
