@@ -119,7 +119,8 @@ PhotoReadResult decodePhoto(const QByteArray& bytes, qint64 maxPixels)
 
     PhotoReadResult r;
     Photo photo;
-    photo.pixels = uprightPixels(pixels, header->orientation);
+    // OpenCV's TIFF decoder turns the picture itself; the others leave it as stored.
+    photo.pixels = uprightPixels(pixels, header->format == ImageFormat::Tiff ? 1 : header->orientation);
     photo.iccProfile = header->iccProfile;
     photo.exifSegment = header->exifSegment;
     // The pixels are upright now; a copy of the EXIF must not turn them again.

@@ -115,6 +115,7 @@ private slots:
     {
         QVERIFY(m_dir.isValid());
         QVERIFY(cv::imwrite(path("marked.jpg").toStdString(), markedPhoto(), {cv::IMWRITE_JPEG_QUALITY, 95}));
+        QVERIFY(cv::imwrite(path("marked.tif").toStdString(), markedPhoto()));
     }
 
     // The stored picture is the marked one as it is; the file says how to
@@ -123,15 +124,19 @@ private slots:
     {
         QTest::addColumn<int>("orientation");
         QTest::addColumn<int>("redCorner");  // where the stored top left ends up
+        QTest::addColumn<QString>("type");
         const int corners[] = {0, 1, 2, 3, 0, 1, 2, 3};
         for (int o = 1; o <= 8; ++o)
-            QTest::addRow("orientation %d", o) << o << corners[o - 1];
+            QTest::addRow("orientation %d", o) << o << corners[o - 1] << "jpg";
+        QTest::newRow("tiff, orientation 6") << 6 << 1 << "tif";
+        QTest::newRow("tiff, orientation 7") << 7 << 2 << "tif";
     }
     void orientationsOpenUpright()
     {
         QFETCH(int, orientation);
-        const QString stored = path(QString("o%1.jpg").arg(orientation));
-        QVERIFY(QFile::copy(path("marked.jpg"), stored));
+        QFETCH(QString, type);
+        const QString stored = path(QString("o%1.%2").arg(orientation).arg(type));
+        QVERIFY(QFile::copy(path("marked." + type), stored));
         QVERIFY(exiftool({QString("-Orientation#=%1").arg(orientation), "-Make=MeloCam", stored}));
         const QString expected = path(QString("o%1-im.png").arg(orientation));
         QVERIFY(run("convert", {stored, "-auto-orient", expected}));
@@ -150,9 +155,10 @@ private slots:
         QVERIFY(writePhoto(saved, *read.photo, PhotoFormat::Jpeg));
         QByteArray tags;
         QVERIFY(exiftool({"-n", "-s3", "-Orientation", "-Make", saved}, &tags));
-        QCOMPARE(tags, QByteArray("1\nMeloCam\n"));
+        // A TIFF's camera tags are not carried into a JPEG.
+        QCOMPARE(tags, type == "jpg" ? QByteArray("1\nMeloCam\n") : QByteArray());
         QVERIFY(run("convert", {saved, "-auto-orient", path("back.png")}));
-        QVERIFY(meanDifference(imread(path("back.png"), cv::IMREAD_COLOR), reference) < 1.5);
+        QVERIFY(meanDifference(imread(path("back.png"), cv::IMREAD_COLOR), reference) < 3.0);  // one more JPEG generation
     }
 
     // The profile's bytes come out exactly as they went in, whatever format
