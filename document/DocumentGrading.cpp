@@ -36,7 +36,8 @@ QString presetCaption(int scene, int fileNumber)
     return QString::fromUtf8(kDownCaptions[scene][fileNumber - kTopPresets - kMidPresets]);
 }
 
-QVector<PresetThumbnail> presetThumbnails(const cv::Mat& thumb, int scene, const QString& root)
+QVector<PresetThumbnail> presetThumbnails(const cv::Mat& thumb, int scene, const QString& root,
+                                          const DisplayProfile* display)
 {
     QVector<PresetThumbnail> faces;
     if (thumb.empty() || scene < 0 || scene >= kSceneCount)
@@ -57,7 +58,7 @@ QVector<PresetThumbnail> presetThumbnails(const cv::Mat& thumb, int scene, const
             face.id = n - kTopPresets - kMidPresets;
         }
         face.caption = presetCaption(scene, n);
-        face.image = matToQImage(applyLutFile(thumb, path.toLocal8Bit().constData()));
+        face.image = matToQImage(displayPixels(applyLutFile(thumb, path.toLocal8Bit().constData()), display));
         faces.append(face);
     }
     return faces;

@@ -32,6 +32,8 @@ struct PresetThumbnail {
 QString presetCaption(int scene, int fileNumber);
 
 // The faces of the twenty presets of a scene, in file order, graded from the
-// thumbnail. A preset whose file is missing is left out (its button keeps
-// what it showed). Empty for an empty thumbnail or a scene outside 0..5.
-QVector<PresetThumbnail> presetThumbnails(const cv::Mat& thumb, int scene, const QString& root = presetRoot());
+// thumbnail and shown through `display` when given. A preset whose file is
+// missing is left out (its button keeps what it showed). Empty for an empty
+// thumbnail or a scene outside 0..5.
+QVector<PresetThumbnail> presetThumbnails(const cv::Mat& thumb, int scene, const QString& root = presetRoot(),
+                                          const DisplayProfile* display = nullptr);

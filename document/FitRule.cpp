@@ -57,13 +57,15 @@ QImage matToQImage(const cv::Mat& input)
         mat.convertTo(mat, CV_8U, alpha, beta);
     }
 
-    if (mat.channels() == 3) {
-        // Convert straight into the image's own buffer: one copy in all.
-        QImage image(mat.cols, mat.rows, QImage::Format_RGB888);
+    if (mat.channels() == 3 || mat.channels() == 4) {
+        // Convert straight into the image's own buffer: one copy in all. Four
+        // channels keep straight alpha: the colours show over the background.
+        const bool alpha = mat.channels() == 4;
+        QImage image(mat.cols, mat.rows, alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
         if (image.isNull())
             return image;
-        cv::Mat target(mat.rows, mat.cols, CV_8UC3, image.bits(), size_t(image.bytesPerLine()));
-        cv::cvtColor(mat, target, cv::COLOR_BGR2RGB);
+        cv::Mat target(mat.rows, mat.cols, mat.type(), image.bits(), size_t(image.bytesPerLine()));
+        cv::cvtColor(mat, target, alpha ? cv::COLOR_BGRA2RGBA : cv::COLOR_BGR2RGB);
         return image;
     }
 

@@ -14,7 +14,8 @@ bool isShowableMat(const cv::Mat& mat);
 
 // The QImage of a matrix, owning its pixels or keeping the matrix's pixels
 // alive (no copy) for as long as it lives. Three channels: BGR converted to
-// RGB888. Any other channel count: the bytes wrapped as Indexed8 over
+// RGB888; four: BGRA converted to RGBA8888 (shown over the background). Any
+// other channel count: the bytes wrapped as Indexed8 over
 // cols x channels bytes per line with a grey-ramp colour table (grey images
 // show as grey; other channel counts are shown as they are, unconverted).
 // Matrices deeper than 8 bits are first scaled to 8 bits. A null image for a

@@ -2,6 +2,7 @@
 
 #include "ImagePreview.h"
 #include "ImageSaver.h"
+#include "PhotoReader.h"
 
 #include <QFile>
 
@@ -16,11 +17,11 @@ cv::Rect toCvRect(const QRect& r) { return cv::Rect(r.x(), r.y(), r.width(), r.h
 
 } // namespace
 
-bool ImageDocument::openAdjustment(const QString& path)
+bool ImageDocument::openAdjustment(const QString& path, QString* reason)
 {
     const int scene = recogniseScene(path, m_sceneIndex);
     const QString cacheDir = cacheDirectory();
-    if (!loadImageFile(path.toLocal8Bit().constData(), true))
+    if (!loadImageFile(path.toLocal8Bit().constData(), true, reason))
         return false;
     m_sceneIndex = scene;
     m_filePath = path;
@@ -30,13 +31,17 @@ bool ImageDocument::openAdjustment(const QString& path)
     return true;
 }
 
-bool ImageDocument::loadImageFile(const char* path, bool full)
+bool ImageDocument::loadImageFile(const char* path, bool full, QString* reason)
 {
     if (!path)
         return false;
-    const cv::Mat image = readImageFile(QFile::decodeName(path));
-    if (image.empty())
+    PhotoReadResult read = readPhoto(QFile::decodeName(path));
+    if (!read) {
+        if (reason)
+            *reason = read.reason;
         return false;
+    }
+    const cv::Mat image = read.photo->pixels;
     if (!full) {
         m_dstMat = image;
         return true;
@@ -46,7 +51,11 @@ bool ImageDocument::loadImageFile(const char* path, bool full)
     if (preview.empty() || thumb.empty())
         return false;
     m_srcMat = image;
+    m_iccProfile = read.photo->iccProfile;
+    m_exifSegment = read.photo->exifSegment;
+    m_display = DisplayProfile::forProfile(m_iccProfile);
     m_orgMat = m_srcMat;
+    m_lutMat.release();
     m_showMat = preview;
     m_dstMat = m_showMat;
     m_thumbMat = thumb;
@@ -55,17 +64,22 @@ bool ImageDocument::loadImageFile(const char* path, bool full)
 
 bool ImageDocument::acceptCrop(const QRect& rect)
 {
-    const cv::Rect r = toCvRect(rect);
-    if (!fitsInside(r, m_showMat) || !fitsInside(r, m_dstMat))
+    // Recorded only once made: a refused cut must not be replayed on save.
+    if (!cutTo(rect))
         return false;
     m_acceptedRect = rect;
     m_cropRects.append(rect);
-    return cropRect();
+    return true;
 }
 
 bool ImageDocument::cropRect()
 {
-    const cv::Rect r = toCvRect(m_acceptedRect);
+    return cutTo(m_acceptedRect);
+}
+
+bool ImageDocument::cutTo(const QRect& rect)
+{
+    const cv::Rect r = toCvRect(rect);
     if (!fitsInside(r, m_showMat) || !fitsInside(r, m_dstMat))
         return false;
     const cv::Mat preview = m_showMat(r);
@@ -94,21 +108,22 @@ bool ImageDocument::resetCrop()
     return true;
 }
 
-cv::Mat ImageDocument::imageForSave(const setting& st, bool cropApplied,
-                                    const std::function<void()>& regradeFull)
+SaveJob ImageDocument::saveJob(const setting& st, bool cropApplied, int scene, const LayerSelection& layers) const
 {
+    SaveJob job;
+    job.record = st;
+    job.source = Photo{st.interactive == 0 ? m_dstMat : m_srcMat, m_iccProfile, m_exifSegment};
     if (st.interactive == 0)
-        return m_dstMat;
-    m_orgMat = m_srcMat;
-    if (regradeFull)
-        regradeFull();
-    if (cropApplied && !m_acceptedRect.isEmpty() && !m_cropRects.isEmpty())
-        m_orgMat = replayCrops(m_orgMat, m_cropRects);
-    return m_orgMat;
+        return job;
+    job.scene = scene;
+    job.layers = layers;
+    if (cropApplied && !m_acceptedRect.isEmpty())
+        job.crops = m_cropRects;
+    return job;
 }
 
 bool ImageDocument::saveTempFile(const QString& path) const
 {
     const std::optional<setting> st = tempSaveSetting(path);
-    return st && writeSettingFile(*st, m_dstMat, m_filePath).status == SaveStatus::Written;
+    return st && runSave(saveJob(*st, false, -1, LayerSelection())).status == SaveStatus::Written;
 }

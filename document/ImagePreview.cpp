@@ -1,15 +1,10 @@
 #include "ImagePreview.h"
 
 #include "GlobalConstants.h"
-#include "HeifDecoder.h"
-#include "JpegSegments.h"
-#include "RawDecoder.h"
 #include "SettingsStore.h"
 
 #include <QCoreApplication>
-#include <QFile>
 
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
 namespace {
@@ -49,12 +44,23 @@ float thumbnailScale(int cols)
 
 cv::Mat makePreview(const cv::Mat& full)
 {
-    return scaled(full, previewScale(full.cols, full.rows));
+    cv::Mat preview = scaled(full, previewScale(full.cols, full.rows));
+    // Interactive work stays at 8 bits whatever the file holds; only the save
+    // goes back to the full-depth source.
+    if (preview.depth() == CV_16U)
+        preview.convertTo(preview, CV_8U, 1.0 / 257.0);
+    return preview;
 }
 
 cv::Mat makeThumbnail(const cv::Mat& preview)
 {
-    return scaled(preview, thumbnailScale(preview.cols));
+    const float t = thumbnailScale(preview.cols);
+    const int maxRows = int(kThumbnailMaxHeight / double(t));
+    if (t > 0.0f && preview.rows > maxRows && maxRows > 0) {
+        const cv::Rect middle(0, (preview.rows - maxRows) / 2, preview.cols, maxRows);
+        return scaled(preview(middle), t);
+    }
+    return scaled(preview, t);
 }
 
 int recogniseScene(const QString& path, int current)
@@ -100,38 +106,4 @@ QString cacheDirectory()
 QString tempFilePathFor(const QString& cacheDir, const QString& photoPath)
 {
     return QStringLiteral("%1%2_temp.jpg").arg(cacheDir, cutAtLastDot(fileNameOf(photoPath)));
-}
-
-cv::Mat readImageFile(const QString& path)
-{
-    QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::ReadOnly))
-        return cv::Mat();
-    QByteArray bytes;
-    try {
-        bytes = file.readAll();
-    } catch (const std::bad_alloc&) {
-        return cv::Mat();
-    }
-    if (bytes.isEmpty())
-        return cv::Mat();
-    if (isJpeg(bytes) && !jpegDataComplete(bytes))
-        return cv::Mat();
-    // HEIF/AVIF and camera RAW (pixels only, until this returns a Photo).
-    const auto pixelsOf = [](const std::optional<Photo>& photo) { return photo ? photo->pixels : cv::Mat(); };
-    if (looksLikeHeif(bytes))
-        return pixelsOf(decodeHeif(bytes, kMaxPhotoPixels, nullptr));
-    if (looksLikeRaw(bytes))
-        return pixelsOf(decodeRaw(bytes, kMaxPhotoPixels, nullptr));
-    cv::Mat image;
-    try {
-        const cv::Mat buffer(1, bytes.size(), CV_8U, bytes.data());
-        image = cv::imdecode(buffer, cv::IMREAD_UNCHANGED);
-    } catch (const std::exception&) {
-        image.release();
-    }
-    // A RAW format without a signature of its own: LibRaw decides last.
-    if (image.empty())
-        image = pixelsOf(decodeRaw(bytes, kMaxPhotoPixels, nullptr));
-    return image;
 }

@@ -11,6 +11,9 @@ inline constexpr float kPreviewWidth = 1200.0f;
 inline constexpr float kPreviewHeight = 990.0f;
 // Thumbnail width of the preset buttons.
 inline constexpr float kThumbnailWidth = 82.0f;
+// A preset button shows no more than this height of its thumbnail; a taller
+// picture (a thin crop) is thumbnailed from its middle part only.
+inline constexpr int kThumbnailMaxHeight = 246;
 
 // Preview scale in single precision: 990 / rows for portraits (cols < rows),
 // 1200 / cols otherwise. Small photographs are enlarged too. The single
@@ -21,7 +24,10 @@ float thumbnailScale(int cols);
 
 // The preview and the thumbnail (INTER_AREA). Both return an empty matrix
 // instead of throwing when the input is empty or the result would have no
-// pixels (an extremely thin picture).
+// pixels (an extremely thin picture). The thumbnail is at most
+// kThumbnailMaxHeight tall: of a taller picture the middle rows are taken.
+// The preview of a 16-bit photograph has 8 bits (rounded to nearest), its
+// channels as in the source.
 cv::Mat makePreview(const cv::Mat& full);
 cv::Mat makeThumbnail(const cv::Mat& preview);
 
@@ -44,10 +50,3 @@ QString cacheDirectory();
 // "<cache dir><base name>_temp.jpg"; with an empty cache directory a bare
 // relative file name.
 QString tempFilePathFor(const QString& cacheDir, const QString& photoPath);
-
-// Reads an image file with its own depth and channel count (no orientation
-// applied). Returns an empty matrix for an unreadable, empty or undecodable
-// file and for a JPEG whose image data ends before its end marker (a cut-off
-// download): OpenCV would fill the missing part with grey and accept it.
-// Never throws.
-cv::Mat readImageFile(const QString& path);

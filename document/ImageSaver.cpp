@@ -2,27 +2,25 @@
 
 #include "GlobalConstants.h"
 #include "ImagePreview.h"
-#include "JpegSegments.h"
 #include "SettingsStore.h"
 
+#include <QDir>
 #include <QFile>
-#include <QSaveFile>
-
-#include <opencv2/imgcodecs.hpp>
+#include <QFileInfo>
 
 namespace {
 
 struct FormatRule {
     const char* text;
     const char* extension;
-    int param;   // encoder parameter id, -1 for none
-    int value;
+    PhotoFormat format;
+    int quality;  // the encoder parameter the record reports, 0 for none
 };
 
 constexpr FormatRule kFormats[] = {
-    {"JPG", ".jpg", cv::IMWRITE_JPEG_QUALITY, 100},
-    {"PNG", ".png", cv::IMWRITE_PNG_COMPRESSION, 9},
-    {"TIFF", ".tiff", -1, 0},
+    {"JPG", ".jpg", PhotoFormat::Jpeg, 100},
+    {"PNG", ".png", PhotoFormat::Png, 9},
+    {"TIFF", ".tiff", PhotoFormat::Tiff, 0},
 };
 
 } // namespace
@@ -35,11 +33,9 @@ SaveTarget saveTargetFor(const setting& st)
         if (st.saveFormat.find(rule.text) == std::string::npos)
             continue;
         target.valid = true;
-        target.extension = rule.extension;
-        if (rule.param >= 0) {
-            target.params = {rule.param, rule.value};
-            target.record.quality = rule.value;
-        }
+        target.format = rule.format;
+        if (rule.quality > 0)
+            target.record.quality = rule.quality;
         // One separator whatever the folder ends with.
         target.filePath = QString::fromLocal8Bit((st.savePath + "/" + st.saveName + rule.extension).c_str());
         break;
@@ -64,57 +60,29 @@ cv::Mat replayCrops(const cv::Mat& full, const QVector<QRect>& previewRects)
     return out;
 }
 
-QByteArray encodeImage(const cv::Mat& image, const std::string& extension, const std::vector<int>& params)
-{
-    try {
-        std::vector<uchar> buffer;
-        if (image.empty() || !cv::imencode(extension, image, buffer, params))
-            return QByteArray();
-        return QByteArray(reinterpret_cast<const char*>(buffer.data()), int(buffer.size()));
-    } catch (const std::exception&) {
-        return QByteArray();
-    }
-}
-
-bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error)
-{
-    QSaveFile file(path);
-    bool ok = file.open(QIODevice::WriteOnly);
-    if (ok && file.write(bytes) != bytes.size()) {
-        ok = false;
-        file.cancelWriting();
-    }
-    if (ok)
-        ok = file.commit();
-    if (!ok && error)
-        *error = file.errorString();
-    return ok;
-}
-
-SaveResult writeSettingFile(const setting& st, const cv::Mat& image, const QString& exifSourcePath)
+SaveResult writeSettingFile(const setting& st, const Photo& photo)
 {
     const SaveTarget target = saveTargetFor(st);
     SaveResult result;
     if (!target.valid)
         return result;
     result.filePath = target.filePath;
-    result.status = SaveStatus::WriteFailed;
-
-    QByteArray bytes = encodeImage(image, target.extension, target.params);
-    if (bytes.isEmpty()) {
-        result.error = QStringLiteral("the image could not be encoded");
-        return result;
-    }
-    if (target.extension == ".jpg" && !exifSourcePath.isEmpty()) {
-        QByteArray exif = readExifSegment(exifSourcePath);
-        if (!exif.isEmpty()) {
-            setExifOrientation(exif, 1);
-            bytes = insertSegment(bytes, exif);
-        }
-    }
-    if (writeFileAtomically(target.filePath, bytes, &result.error))
-        result.status = SaveStatus::Written;
+    result.status = writePhoto(target.filePath, photo, target.format, &result.error) ? SaveStatus::Written
+                                                                                       : SaveStatus::WriteFailed;
     return result;
+}
+
+QString saveFailureNotice(const SaveResult& result)
+{
+    const QFileInfo folder(QFileInfo(result.filePath).absolutePath());
+    QString reason;
+    if (!folder.isDir())
+        reason = QStringLiteral("保存的文件夹不存在：%1").arg(QDir::toNativeSeparators(folder.filePath()));
+    else if (!folder.isWritable())
+        reason = QStringLiteral("没有写入文件夹的权限：%1").arg(QDir::toNativeSeparators(folder.filePath()));
+    else
+        reason = QStringLiteral("写入文件时出错（%1）").arg(result.error);
+    return QStringLiteral("保存文件失败！") + reason;
 }
 
 std::optional<setting> tempSaveSetting(const QString& path)

@@ -3,6 +3,8 @@
 // half-written file behind.
 #pragma once
 
+#include "Photo.h"
+#include "PhotoWriter.h"
 #include "SaveSetting.h"
 
 #include <QByteArray>
@@ -13,16 +15,13 @@
 #include <opencv2/core.hpp>
 
 #include <optional>
-#include <string>
-#include <vector>
 
 // Where and how a record is written. The format text is searched for "JPG",
 // "PNG" and "TIFF" in this order (case-sensitive, anywhere in the text).
 struct SaveTarget {
     bool valid = false;        // a known format was found
     QString filePath;          // savePath + "/" + saveName + extension
-    std::string extension;     // ".jpg", ".png" or ".tiff"
-    std::vector<int> params;   // for the encoder
+    PhotoFormat format = PhotoFormat::Jpeg;
     setting record;            // the copy the writer works on, quality filled in
 };
 SaveTarget saveTargetFor(const setting& st);
@@ -35,28 +34,19 @@ SaveTarget saveTargetFor(const setting& st);
 // image entirely is skipped.
 cv::Mat replayCrops(const cv::Mat& full, const QVector<QRect>& previewRects);
 
-// Encodes in memory with the extension's encoder; empty on failure (empty
-// image, unsupported type). Never throws.
-QByteArray encodeImage(const cv::Mat& image, const std::string& extension, const std::vector<int>& params);
-
-// Writes through a temporary file in the target folder that is renamed over
-// the target only when every byte is on disk: a failed write (missing or
-// read-only folder, full disk) leaves any existing file untouched and no
-// partial file behind.
-bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error = nullptr);
-
 enum class SaveStatus { NoFormat, Written, WriteFailed };
 struct SaveResult {
     SaveStatus status = SaveStatus::NoFormat;
     QString filePath;
     QString error;
 };
-// Writes `image` as the record says. A JPEG keeps the EXIF block of
-// `exifSourcePath` when that is a JPEG with one; its orientation is set to 1
-// because the pixels are stored as read, unrotated. PNG and TIFF carry no
-// metadata. The source is read before the target is replaced, so saving over
-// the source photograph keeps its EXIF.
-SaveResult writeSettingFile(const setting& st, const cv::Mat& image, const QString& exifSourcePath = QString());
+// Writes the photograph as the record says (see writePhoto: the profile in
+// every format, the EXIF block in a JPEG).
+SaveResult writeSettingFile(const setting& st, const Photo& photo);
+
+// The notice of a failed write: "保存文件失败！" and why (folder missing,
+// folder not writable, or the system's reason, such as a full disk).
+QString saveFailureNotice(const SaveResult& result);
 
 // The record of the silent save of the display image into the cache folder:
 // base name of `path`, format "JPG", not interactive. None for an empty path.

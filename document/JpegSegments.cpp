@@ -1,7 +1,6 @@
 #include "JpegSegments.h"
 
-#include <QBuffer>
-#include <QFile>
+#include <QMap>
 
 namespace {
 
@@ -11,7 +10,10 @@ constexpr unsigned char kEoi = 0xD9;
 constexpr unsigned char kSos = 0xDA;
 constexpr unsigned char kApp0 = 0xE0;
 constexpr unsigned char kApp1 = 0xE1;
+constexpr unsigned char kApp2 = 0xE2;
 constexpr char kExifHeader[] = {'E', 'x', 'i', 'f', 0, 0};
+constexpr char kIccHeader[] = "ICC_PROFILE";  // with its terminating zero
+constexpr int kIccHeaderSize = 12;
 constexpr int kTiffStart = 4 + 6;  // marker, length, "Exif\0\0"
 constexpr quint16 kOrientationTag = 0x0112;
 
@@ -19,6 +21,13 @@ unsigned char byteAt(const QByteArray& b, qsizetype i) { return static_cast<unsi
 
 // Markers that stand alone, without a length field.
 bool standalone(unsigned char m) { return m == 0x01 || (m >= 0xD0 && m <= 0xD7); }
+
+// Start-of-frame markers: every coding process except DHT (C4), JPG (C8) and
+// DAC (CC), which share the range.
+bool isFrameHeader(unsigned char m)
+{
+    return m >= 0xC0 && m <= 0xCF && m != 0xC4 && m != 0xC8 && m != 0xCC;
+}
 
 // Position just after the entropy-coded data that starts at pos: the first
 // 0xFF that is neither a stuffed zero, a restart marker nor fill. -1 when the
@@ -129,35 +138,71 @@ bool jpegDataComplete(const QByteArray& b)
     return false;
 }
 
-QByteArray exifSegmentOf(QIODevice& device)
+JpegHeader readJpegHeader(const QByteArray& b)
 {
-    const QByteArray soi = device.read(2);
-    if (soi.size() != 2 || byteAt(soi, 0) != kMarker || byteAt(soi, 1) != kSoi)
-        return QByteArray();
-    for (;;) {
-        const QByteArray head = device.read(4);
-        if (head.size() != 4 || byteAt(head, 0) != kMarker)
-            return QByteArray();
-        const unsigned char marker = byteAt(head, 1);
+    JpegHeader header;
+    if (!isJpeg(b))
+        return header;
+    QMap<int, QByteArray> iccChunks;
+    const qsizetype n = b.size();
+    qsizetype pos = 2;
+    while (pos + 4 <= n && byteAt(b, pos) == kMarker) {
+        const unsigned char marker = byteAt(b, pos + 1);
+        if (marker == kMarker) {  // fill byte
+            ++pos;
+            continue;
+        }
         if (marker == kSos || marker == kEoi || standalone(marker))
-            return QByteArray();
-        const int length = (int(byteAt(head, 2)) << 8) | byteAt(head, 3);
-        if (length < 2)
-            return QByteArray();
-        const QByteArray payload = device.read(length - 2);
-        if (payload.size() != length - 2)
-            return QByteArray();
-        if (marker == kApp1 && payload.startsWith(QByteArray(kExifHeader, 6)))
-            return head + payload;
+            break;
+        const qsizetype length = (qsizetype(byteAt(b, pos + 2)) << 8) | byteAt(b, pos + 3);
+        if (length < 2 || pos + 2 + length > n)
+            break;
+        const QByteArray payload = b.mid(int(pos + 4), int(length - 2));
+        if (isFrameHeader(marker) && payload.size() >= 5) {
+            header.height = (int(byteAt(payload, 1)) << 8) | byteAt(payload, 2);
+            header.width = (int(byteAt(payload, 3)) << 8) | byteAt(payload, 4);
+            header.valid = true;
+        } else if (marker == kApp1 && header.exifSegment.isEmpty() && payload.startsWith(QByteArray(kExifHeader, 6))) {
+            header.exifSegment = b.mid(int(pos), int(length + 2));
+        } else if (marker == kApp2 && payload.startsWith(QByteArray(kIccHeader, kIccHeaderSize))
+                   && payload.size() > kIccHeaderSize + 2) {
+            iccChunks.insert(byteAt(payload, kIccHeaderSize), payload.mid(kIccHeaderSize + 2));
+        }
+        pos += 2 + length;
     }
+    // Chunks are numbered from 1; a profile with a missing chunk is unusable.
+    int expected = 1;
+    for (auto it = iccChunks.cbegin(); it != iccChunks.cend(); ++it, ++expected) {
+        if (it.key() != expected) {
+            header.iccProfile.clear();
+            break;
+        }
+        header.iccProfile += it.value();
+    }
+    return header;
 }
 
-QByteArray readExifSegment(const QString& path)
+QByteArray iccSegments(const QByteArray& profile)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QByteArray();
-    return exifSegmentOf(file);
+    // 2 length bytes, the 12-byte name and the chunk's number and count.
+    constexpr int kChunk = 65535 - 2 - kIccHeaderSize - 2;
+    const int count = (profile.size() + kChunk - 1) / kChunk;
+    QByteArray out;
+    if (count > 255)
+        return out;
+    for (int i = 0; i < count; ++i) {
+        const QByteArray data = profile.mid(i * kChunk, kChunk);
+        const int length = 2 + kIccHeaderSize + 2 + data.size();
+        out += char(kMarker);
+        out += char(kApp2);
+        out += char(length >> 8);
+        out += char(length & 0xFF);
+        out += QByteArray(kIccHeader, kIccHeaderSize);
+        out += char(i + 1);
+        out += char(count);
+        out += data;
+    }
+    return out;
 }
 
 int exifOrientation(const QByteArray& segment)

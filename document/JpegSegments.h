@@ -1,11 +1,10 @@
 // Just enough of the JPEG file structure to tell a cut-off file from a whole
-// one and to carry a photograph's EXIF block over into a newly encoded file.
+// one, to learn its size before decoding, and to carry a photograph's EXIF
+// block and colour profile over into a newly encoded file.
 #pragma once
 
 #include <QByteArray>
 #include <QString>
-
-class QIODevice;
 
 // Starts with the start-of-image marker.
 bool isJpeg(const QByteArray& bytes);
@@ -15,11 +14,23 @@ bool isJpeg(const QByteArray& bytes);
 // in the image data) gives false. Bytes after the end marker are ignored.
 bool jpegDataComplete(const QByteArray& bytes);
 
-// The whole APP1 "Exif" segment (marker, length and payload) of a JPEG, read
-// from the marker segments before the first scan; empty when there is none or
-// the input is not a JPEG. The file variant reads only the header segments.
-QByteArray exifSegmentOf(QIODevice& device);
-QByteArray readExifSegment(const QString& path);
+// What the marker segments before the first scan say: the frame size (from
+// the start-of-frame segment), the whole APP1 "Exif" segment (marker, length
+// and payload) and the ICC profile reassembled from its APP2 chunks in their
+// sequence order. `valid` is false when the input is not a JPEG or its
+// segments end before a frame header.
+struct JpegHeader {
+    bool valid = false;
+    int width = 0;
+    int height = 0;
+    QByteArray exifSegment;
+    QByteArray iccProfile;
+};
+JpegHeader readJpegHeader(const QByteArray& bytes);
+
+// A profile as APP2 "ICC_PROFILE" segments, split into as many chunks as the
+// 64 KiB segment limit needs; empty for an empty profile.
+QByteArray iccSegments(const QByteArray& profile);
 
 // Orientation (tag 0x0112) in the first image directory of an EXIF segment;
 // 0 when absent or unreadable.

@@ -285,7 +285,7 @@ private:
     bool showSmartStep(SmartDraw::Step step, const QString& endText);  // BrisaQT_smart.cpp
     void buildCropTools();          // BrisaQT_crop.cpp
     void showCroppedImage();
-    void regradeFull();             // BrisaQT_save.cpp
+    SaveJob saveJobFor(const setting& st) const;  // BrisaQT_save.cpp
     void stopWorkerThread();        // BrisaQT_thread.cpp
 
     // -- Editor: widgets ---------------------------------------------------------

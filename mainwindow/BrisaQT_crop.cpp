@@ -171,7 +171,7 @@ void BrisaQT::cropRect()
 
 void BrisaQT::showCroppedImage()
 {
-    m_drawLabel->setImage(m_document.m_showMat);
+    m_drawLabel->setImage(m_document.forDisplay(m_document.m_showMat));
     showMat(m_document.m_dstMat);
     refreshPresetThumbnails();
     m_cropResetBtn->setEnabled(true);
@@ -182,7 +182,7 @@ void BrisaQT::resetCropImage()
     m_cropResetBtn->setEnabled(false);
     if (!m_document.resetCrop())
         return;
-    m_drawLabel->setImage(m_document.m_showMat);
+    m_drawLabel->setImage(m_document.forDisplay(m_document.m_showMat));
     applyLayers(false);
     refreshPresetThumbnails();
 }

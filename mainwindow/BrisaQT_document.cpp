@@ -43,10 +43,12 @@ bool BrisaQT::openPhotograph(const QString& path)
 {
     // A RAW or HEIC photograph takes a moment to develop.
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool opened = m_document.openAdjustment(path);
+    QString reason;
+    const bool opened = m_document.openAdjustment(path, &reason);
     QApplication::restoreOverrideCursor();
     if (!opened) {
-        printf("open: %s cannot be read, the picture stays\n", path.toLocal8Bit().constData());
+        printf("open: %s cannot be read (%s), the picture stays\n", path.toLocal8Bit().constData(),
+               reason.toLocal8Bit().constData());
         fflush(stdout);
         return false;
     }
@@ -59,7 +61,7 @@ bool BrisaQT::openPhotograph(const QString& path)
     }
     m_cropResetBtn->setEnabled(false);
     leaveCompare();
-    m_drawLabel->setImage(m_document.m_showMat);
+    m_drawLabel->setImage(m_document.forDisplay(m_document.m_showMat));
     resetImage();
     refreshPresetThumbnails();
     m_toolStrip->show();
@@ -72,13 +74,14 @@ bool BrisaQT::loadImageFile(const char* path, bool full)
     if (!m_document.loadImageFile(path, full))
         return false;
     if (full)
-        m_drawLabel->setImage(m_document.m_showMat);
+        m_drawLabel->setImage(m_document.forDisplay(m_document.m_showMat));
     return showMat(m_document.m_dstMat);
 }
 
 bool BrisaQT::showMat(const cv::Mat& mat)
 {
-    return showMatOnLabel(m_drawLabel, mat);
+    // Shown in sRGB when the photograph's profile is another.
+    return showMatOnLabel(m_drawLabel, m_document.forDisplay(mat));
 }
 
 void BrisaQT::get_Thread_msg(cv::Mat cvmat)
@@ -89,7 +92,7 @@ void BrisaQT::get_Thread_msg(cv::Mat cvmat)
 
 void BrisaQT::refitImageView()
 {
-    m_drawLabel->setImage(m_document.m_showMat);
+    m_drawLabel->setImage(m_document.forDisplay(m_document.m_showMat));
     showMat(m_document.m_dstMat);
 }
 

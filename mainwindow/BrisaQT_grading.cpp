@@ -31,7 +31,8 @@ void BrisaQT::refreshPresetThumbnails()
 {
     if (m_document.m_dstMat.empty() || m_document.m_sceneIndex < 0)
         return;
-    for (const PresetThumbnail& face : presetThumbnails(m_document.m_thumbMat, m_document.m_sceneIndex))
+    for (const PresetThumbnail& face : presetThumbnails(m_document.m_thumbMat, m_document.m_sceneIndex,
+                                                                  presetRoot(), m_document.m_display.get()))
         m_gradingPanel->setPresetFace(face.layer, face.id, QPixmap::fromImage(face.image), face.caption);
 }
 

@@ -1,13 +1,15 @@
 // Saving: the save dialog hands over a record, a 500 ms single shot lets the
 // dialog close and the window repaint, then the full-resolution image is
 // graded as the view shows it, the crops are replayed and the file written.
+// The slots only take a snapshot of the document and the panel; the work is
+// runSave's, and the user is told the truth about the outcome.
 #include "BrisaQT.h"
 
 #include "GradingPanel.h"
 #include "ImageSaver.h"
-#include "LutApply.h"
 #include "NoticeBox.h"
 #include "SaveDialog.h"
+#include "SaveJob.h"
 
 #include <QPushButton>
 #include <QTimer>
@@ -20,6 +22,10 @@ constexpr int kSaveDelayMs = 500;
 
 void BrisaQT::clickedSaveBtn()
 {
+    if (!m_document.hasImage()) {
+        showNotice(QStringLiteral("保存文件失败！还没有打开图片。"));
+        return;
+    }
     auto* dialog = new SaveDialog(this, m_document.m_filePath, true);
     connect(dialog, &SaveDialog::onSaveFile, this, &BrisaQT::start_timer_event);
     dialog->exec();
@@ -46,31 +52,35 @@ void BrisaQT::timerTimeout()
     save_settingFile(m_saveSetting);
 }
 
-// The full-resolution grade of the user's save: the checked presets, or the
+// The user's save grades as the view shows it: the checked presets, or the
 // smart pick at 50 when no preset is checked.
-void BrisaQT::regradeFull()
+SaveJob BrisaQT::saveJobFor(const setting& st) const
 {
-    if (m_gradingPanel->anyPresetChecked())
-        applyLayers(true);
-    else
-        applyRandom(true, false, GradingPanel::kSmartStrength);
+    const bool checked = m_gradingPanel->anyPresetChecked();
+    const RandomPick& pick = m_smartDraw.pick();
+    return m_document.saveJob(st, m_cropResetBtn->isEnabled(), checked ? m_document.m_sceneIndex : pick.scene,
+                              checked ? m_gradingPanel->selection() : pick.selection(GradingPanel::kSmartStrength));
 }
 
 bool BrisaQT::save_settingFile(setting& st)
 {
-    cv::Mat image = m_document.imageForSave(st, m_cropResetBtn->isEnabled(), [this] { regradeFull(); });
-    // An ungraded picture deeper than 8 bits is written as it is shown.
-    if (!image.empty() && image.depth() != CV_8U)
-        image = toBgr8(image);
-    const SaveResult result = writeSettingFile(st, image, m_document.m_filePath);
+    if (st.interactive != 0 && !m_document.hasImage()) {
+        showNotice(QStringLiteral("保存文件失败！还没有打开图片。"));
+        return false;
+    }
+    const SaveResult result = runSave(saveJobFor(st));
+    // The full-resolution work is done: the working result is the source again.
+    m_document.m_orgMat = m_document.m_srcMat;
     if (result.status == SaveStatus::WriteFailed) {
         fprintf(stderr, "save: %s not written: %s\n", result.filePath.toLocal8Bit().constData(),
                 result.error.toLocal8Bit().constData());
         fflush(stderr);
     }
     if (st.interactive != 0) {
-        if (result.status != SaveStatus::NoFormat)
+        if (result.status == SaveStatus::Written)
             showNotice(QStringLiteral("保存文件成功！"), QStringLiteral("成功"));
+        else if (result.status == SaveStatus::WriteFailed)
+            showNotice(saveFailureNotice(result));
         openDownLoadDirectory();
     }
     return false;

@@ -11,7 +11,7 @@ PACKAGES=(
   libopencv-dev libcurl4-openssl-dev libjsoncpp-dev
   libcpp-httplib-dev libssl-dev openssl
   # photographs: colour profiles, HEIF/AVIF, camera RAW, Qt's own Chinese texts
-  liblcms2-dev libheif-dev libraw-dev qttranslations5-l10n
+  liblcms2-dev libheif-dev libraw-dev qttranslations5-l10n zlib1g-dev
   # run and test
   xvfb xauth p7zip-full fonts-wqy-microhei locales
   # window checks and screenshots under Xvfb

@@ -6,7 +6,6 @@
 #include "JpegSegments.h"
 #include "SettingsStore.h"
 
-#include <QBuffer>
 #include <QDir>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -92,7 +91,7 @@ private slots:
         QTest::addColumn<int>("type");
         QTest::newRow("grey png") << "camera.png" << -1 << QSize(512, 512) << CV_8UC1;
         QTest::newRow("palette png") << "palette_color.png" << -1 << QSize(10, 10) << CV_8UC3;
-        QTest::newRow("16-bit tiff") << "chessboard_GRAY_U16.tif" << -1 << QSize(200, 200) << CV_16UC1;
+        QTest::newRow("16-bit tiff: 8-bit preview") << "chessboard_GRAY_U16.tif" << -1 << QSize(200, 200) << CV_8UC1;
         QTest::newRow("truncated sample") << "truncated.jpg" << -1 << QSize() << 0;
         QTest::newRow("jpeg cut in its image data") << "hubble_deep_field.jpg" << 300000 << QSize() << 0;
         QTest::newRow("empty file") << "camera.png" << 0 << QSize() << 0;
@@ -125,28 +124,34 @@ private slots:
         QCOMPARE(doc.m_tempFilePath, dir.path() + "//Cache//" + cutAtLastDot(file) + "_temp.jpg");
         QVERIFY(doc.m_sceneIndex == 2 && doc.m_cropRects.isEmpty());
         QCOMPARE(sizeOf(doc.m_srcMat), size);
-        QTEST(doc.m_showMat.type(), "type");  // the file's own depth and channels
+        QTEST(doc.m_showMat.type(), "type");  // the file's own channels, 8 bits
+        QCOMPARE(doc.m_srcMat.channels(), doc.m_showMat.channels());
         QVERIFY(doc.m_orgMat.data == doc.m_srcMat.data && doc.m_dstMat.data == doc.m_showMat.data);
         QCOMPARE(doc.m_thumbMat.cols, 82);
     }
 
-    // Every save grades the full image anew from the source and replays the
-    // crops: 300 x 200 times 1 / (1200 / 512), in single precision.
-    void saveGradesFromTheSource()
+    // The user's save starts from the source with the crops accepted so far;
+    // the silent one writes the display image as it is. A refused thin cut
+    // (its thumbnail would be empty) is not recorded, so it is not replayed.
+    void saveJobSnapshot()
     {
         ImageDocument doc;
         QVERIFY(doc.openAdjustment(sample("astronaut.png")));  // preview 1200 x 1200
-        QVERIFY(doc.acceptCrop(QRect(100, 50, 600, 400)) && doc.acceptCrop(QRect(10, 20, 300, 200)));
+        QVERIFY(!doc.acceptCrop(QRect(0, 100, 1200, 5)));
+        QVERIFY(doc.m_cropRects.isEmpty() && doc.m_showMat.cols == 1200);
+        QVERIFY(doc.acceptCrop(QRect(100, 50, 600, 400)));
+        QVERIFY(doc.acceptCrop(QRect(10, 20, 300, 200)));
+        QCOMPARE(doc.m_cropRects.size(), 2);
         setting st;
         st.interactive = 1;
-        for (int save = 0; save < 2; ++save) {
-            const cv::Mat saved = doc.imageForSave(st, true, [&] {
-                QVERIFY(doc.m_orgMat.data == doc.m_srcMat.data);
-                doc.m_orgMat = cv::Mat(doc.m_srcMat + cv::Scalar::all(1));
-            });
-            QVERIFY(saved.data == doc.m_orgMat.data && saved.data != doc.m_srcMat.data);
-            QCOMPARE(sizeOf(saved), QSize(128, 85));
-        }
+        const SaveJob job = doc.saveJob(st, true, 3, LayerSelection());
+        QVERIFY(job.source.pixels.data == doc.m_srcMat.data && job.scene == 3);
+        // 300 x 200 times 1 / (1200 / 512), in single precision.
+        QCOMPARE(sizeOf(savedPixels(job)), QSize(128, 85));
+        QVERIFY(doc.saveJob(st, false, 3, LayerSelection()).crops.isEmpty());
+        st.interactive = 0;
+        const SaveJob silent = doc.saveJob(st, true, 3, LayerSelection());
+        QVERIFY(silent.source.pixels.data == doc.m_dstMat.data && silent.scene == -1 && silent.crops.isEmpty());
     }
 
     void cropsReplayWithOneFactor_data()
@@ -197,7 +202,7 @@ private slots:
         // The stored folder ends in a separator: two of them before the name.
         const setting st = record(dir.path() + "/", "out", format);
         QTEST(saveTargetFor(st).record.quality, "quality");
-        const SaveResult r = writeSettingFile(st, image);
+        const SaveResult r = writeSettingFile(st, Photo{image, {}, {}});
         QCOMPARE(r.status, file.isEmpty() ? SaveStatus::NoFormat : SaveStatus::Written);
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files), file.isEmpty() ? QStringList() : QStringList{file});
         if (file.isEmpty())
@@ -213,8 +218,10 @@ private slots:
     {
         QTemporaryDir dir;
         const cv::Mat image = readBack(sample("astronaut.png"));
-        QCOMPARE(writeSettingFile(record(dir.filePath("gone"), "a", "PNG"), image).status, SaveStatus::WriteFailed);
-        QCOMPARE(writeSettingFile(record(dir.path(), "a", "JPG"), cv::Mat()).status, SaveStatus::WriteFailed);
+        const SaveResult gone = writeSettingFile(record(dir.filePath("gone"), "a", "PNG"), Photo{image, {}, {}});
+        QCOMPARE(gone.status, SaveStatus::WriteFailed);
+        QVERIFY(saveFailureNotice(gone).startsWith(QStringLiteral("保存文件失败！保存的文件夹不存在")));
+        QCOMPARE(writeSettingFile(record(dir.path(), "a", "JPG"), Photo()).status, SaveStatus::WriteFailed);
         QVERIFY(QDir(dir.path()).isEmpty());
 
         // A full disk, made real by a file size limit: the earlier file stays whole.
@@ -224,7 +231,7 @@ private slots:
         const rlimit small{4096, old.rlim_max};
         const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
         QVERIFY(setrlimit(RLIMIT_FSIZE, &small) == 0);
-        const SaveResult r = writeSettingFile(record(dir.path(), "a", "PNG"), image);
+        const SaveResult r = writeSettingFile(record(dir.path(), "a", "PNG"), Photo{image, {}, {}});
         setrlimit(RLIMIT_FSIZE, &old);
         std::signal(SIGXFSZ, oldHandler);
         QVERIFY(r.status == SaveStatus::WriteFailed && !r.error.isEmpty());
@@ -232,42 +239,6 @@ private slots:
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"a.png"});
     }
 
-    void exifKeptOverSource_data()
-    {
-        QTest::addColumn<char>("orientation");
-        QTest::newRow("upright source") << char(1);
-        QTest::newRow("rotated source") << char(6);
-    }
-    void exifKeptOverSource()
-    {
-        QTemporaryDir dir;
-        QByteArray bytes = fileBytes(sample("hubble_deep_field.jpg"));
-        QBuffer buffer(&bytes);
-        QVERIFY(buffer.open(QIODevice::ReadOnly));
-        const QByteArray exif = exifSegmentOf(buffer);
-        // Orientation: first entry of the first directory of the TIFF block at byte 12.
-        const int orientationAt = 12 + 8 + 2 + 8;
-        QVERIFY(exif.size() > 100 && bytes.at(orientationAt) == 1);
-        QFETCH(char, orientation);
-        bytes[orientationAt] = orientation;
-        // The source photograph sits in the save folder and is overwritten.
-        const QString source = dir.filePath("hubble.jpg");
-        QVERIFY(writeFileBytes(source, bytes));
-        const cv::Mat image = readBack(source);
-        QCOMPARE(writeSettingFile(record(dir.path(), "hubble", "JPG"), image, source).status, SaveStatus::Written);
-
-        // Right after SOI and JFIF: the segment byte for byte, orientation 1.
-        const QByteArray written = fileBytes(source);
-        QCOMPARE(written.mid(4 + ((uchar(written[4]) << 8) | uchar(written[5])), exif.size()), exif);
-        std::vector<uchar> plain;
-        cv::imencode(".jpg", image, plain, {cv::IMWRITE_JPEG_QUALITY, 100});
-        QCOMPARE(cv::norm(readBack(source), cv::imdecode(plain, cv::IMREAD_UNCHANGED), cv::NORM_INF), 0.0);
-        // A source without EXIF adds nothing; PNG carries no metadata.
-        writeSettingFile(record(dir.path(), "r", "JPG"), image, sample("rocket.jpg"));
-        QCOMPARE(fileBytes(dir.filePath("r.jpg")), QByteArray(reinterpret_cast<const char*>(plain.data()), int(plain.size())));
-        writeSettingFile(record(dir.path(), "p", "PNG"), image, source);
-        QVERIFY(!fileBytes(dir.filePath("p.png")).contains("Exif"));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestImageDocument)

@@ -3,6 +3,7 @@
 #include "FormatSamples.h"
 #include "GradingTestSupport.h"
 #include "LayerGrading.h"
+#include "SmallDisk.h"
 
 #include <opencv2/imgcodecs.hpp>
 
@@ -94,6 +95,9 @@ private slots:
         QVERIFY(m_dir.isValid());
         QCOMPARE(mkfifo(QFile::encodeName(fifo()).constData(), 0600), 0);
         QVERIFY(QFile::link(QStringLiteral("/dev/zero"), zero()));
+        QVERIFY(mkfifo(QFile::encodeName(m_dir.filePath("fifo.jpg")).constData(), 0600) == 0);
+        QVERIFY(QFile::link("/dev/zero", m_dir.filePath("zero.jpg")));
+        QVERIFY(writeFileBytes(m_dir.filePath("cut.jpg"), fileBytes(kSamples + "/rocket.jpg").left(20000)));
     }
 
     void presetMatchesTheLibrary_data()
@@ -191,6 +195,13 @@ private slots:
                                     << QByteArray("cannot write");
         QTest::newRow("no jobs") << QStringList{"preset", "--scene", "0", "--jobs", "0", "--out-dir", m_dir.path(),
                                                 coffee} << 2 << QByteArray("--jobs needs a number");
+        // Refused at once and as the editor refuses them.
+        QTest::newRow("fifo") << QStringList{"apply", m_dir.filePath("fifo.jpg"), m_dir.filePath("o.png")} << 3
+                              << QByteArray("not a regular file");
+        QTest::newRow("link to /dev/zero") << QStringList{"apply", m_dir.filePath("zero.jpg"), m_dir.filePath("o.png")}
+                                           << 3 << QByteArray("not a regular file");
+        QTest::newRow("cut-off jpeg") << QStringList{"apply", m_dir.filePath("cut.jpg"), m_dir.filePath("o.png")} << 3
+                                      << QByteArray("cut off");
     }
     void exitCodes()
     {
@@ -200,6 +211,23 @@ private slots:
         QTEST(run.exitCode, "exitCode");
         QVERIFY2(run.err.contains(said), run.err.constData());
         QVERIFY(run.exitCode != 2 || run.out.isEmpty());
+        QVERIFY(!QFile::exists(m_dir.filePath("o.png")));
+    }
+
+    // A full disk: the earlier output survives byte for byte, nothing else is
+    // left, and the answer says so.
+    void fullDiskKeepsTheOutput()
+    {
+        SmallDisk disk("size=64k");
+        if (!disk.mounted())
+            QSKIP("mounting a tmpfs is not permitted here");
+        const QString out = disk.path() + "/out.tif";
+        QVERIFY(writeFileBytes(out, "earlier"));
+        const Run run = meloGrade({"apply", kSamples + "/astronaut.png", out});
+        QCOMPARE(run.exitCode, 3);
+        QVERIFY2(run.err.contains("cannot write"), run.err.constData());
+        QCOMPARE(fileBytes(out), QByteArray("earlier"));
+        QCOMPARE(QDir(disk.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"out.tif"});
     }
 
     // Photos graded side by side come out as they do one at a time, and are

@@ -15,9 +15,13 @@
 #include "SmartDraw.h"
 
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QTest>
 
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include <cstdlib>
 
@@ -59,6 +63,50 @@ private slots:
     void initTestCase() { QVERIFY(installPresets()); }
     void init() { m_session = std::make_unique<EditorSession>(); }
     void cleanup() { m_session.reset(); }
+
+    // What the view shows is what a colour-managed viewer shows of the file:
+    // a photograph with alpha in its own colours (no stripes), an Adobe RGB
+    // one converted to sRGB, a profile-less one as it is.
+    void viewShowsTrueColours_data()
+    {
+        QTest::addColumn<QString>("sample");
+        QTest::addColumn<bool>("converted");
+        QTest::newRow("rgba png") << "rgba.png" << false;
+        QTest::newRow("adobe rgb jpeg") << "rocket.jpg" << true;
+        QTest::newRow("no profile") << "coffee.png" << false;
+    }
+    void viewShowsTrueColours()
+    {
+        QFETCH(QString, sample);
+        QFETCH(bool, converted);
+        if (sample == "rgba.png") {
+            cv::Mat colour = cv::imread(MELO_SAMPLES_DIR "/coffee.png", cv::IMREAD_COLOR), rgba;
+            cv::cvtColor(colour, rgba, cv::COLOR_BGR2BGRA);
+            rgba(cv::Rect(0, 0, colour.cols, colour.rows / 2)).forEach<cv::Vec4b>([](cv::Vec4b& p, const int*) { p[3] = 90; });
+            QVERIFY(cv::imwrite((QDir::tempPath() + "/rgba.png").toStdString(), rgba));
+            s().window().openAdjustment(QDir::tempPath() + "/rgba.png");
+            QCOMPARE(s().doc().m_showMat.channels(), 4);
+        } else {
+            open(sample, QStringLiteral("人像"));
+        }
+        cv::Mat colour = s().doc().m_showMat;
+        if (colour.channels() == 4)
+            cv::cvtColor(colour, colour, cv::COLOR_BGRA2BGR);
+        QImage shown = view()->pixmap(Qt::ReturnByValue).toImage();
+        if (s().doc().m_showMat.channels() == 4) {
+            // The translucent upper half keeps its alpha; the opaque half is
+            // compared below as it is.
+            QCOMPARE(qAlpha(shown.pixel(shown.width() / 2, 10)), 90);
+            QCOMPARE(qAlpha(shown.pixel(shown.width() / 2, shown.height() - 10)), 255);
+            shown = shown.copy(0, shown.height() / 2, shown.width(), shown.height() - shown.height() / 2);
+            colour = colour(cv::Rect(0, colour.rows / 2, colour.cols, colour.rows - colour.rows / 2)).clone();
+        }
+        QCOMPARE(samePicture(shown, matToQImage(colour)), !converted);
+        if (converted) {
+            QVERIFY(s().doc().m_display);
+            QVERIFY(samePicture(shown, matToQImage(s().doc().m_display->toSrgb(colour))));
+        }
+    }
 
     // The add button's dialog opens a photograph and takes the scene from its
     // folder; a cancelled dialog and an unreadable file leave everything as

@@ -2,7 +2,8 @@
 // refused, the others recorded in order and undone by the reset button. The
 // file holds the engine's full-resolution grade of what the panel shows, the
 // crops replayed in order on it; with no preset checked, the smart pick at 50
-// whatever its slider shows. One write, 500 ms after the request.
+// whatever its slider shows. One write, 500 ms after the request; a write
+// that fails is reported as such.
 #include "CropGeometry.h"
 #include "EditorSession.h"
 #include "GradingTestSupport.h"
@@ -11,6 +12,7 @@
 #include "ModalAnswerer.h"
 #include "MyDrawLabel.h"
 #include "MySlider.h"
+#include "SmallDisk.h"
 
 #include <QAbstractButton>
 #include <QElapsedTimer>
@@ -101,6 +103,49 @@ private slots:
         QCOMPARE(show.cols, 1200);
         const LayerSelection checked = smart ? LayerSelection() : pick.selection(100);
         QVERIFY(sameImage(s().doc().m_dstMat, gradeLayers(show, 0, checked, kLibrary).image));
+    }
+
+    // A save that cannot be written says so and why, and the earlier file of
+    // that name stays as it was; with nothing open the save button says so
+    // and opens no dialog.
+    void failedSaveTellsTheTruth_data()
+    {
+        QTest::addColumn<QString>("where");
+        QTest::addColumn<QString>("says");
+        QTest::newRow("folder gone") << "gone" << QStringLiteral("保存文件失败！保存的文件夹不存在");
+        QTest::newRow("full disk") << "full" << QStringLiteral("保存文件失败！写入文件时出错");
+        QTest::newRow("nothing open") << "" << QStringLiteral("保存文件失败！还没有打开图片。");
+    }
+    void failedSaveTellsTheTruth()
+    {
+        QFETCH(QString, where);
+        QFETCH(QString, says);
+        SmallDisk disk("size=64k");
+        if (where == "full" && !disk.mounted())
+            QSKIP("mounting a tmpfs is not permitted here");
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Yes);
+        if (where.isEmpty()) {
+            button("m_right_down_saveBtn")->click();
+            QVERIFY(answerer.waitAllAnswered(10000));
+            QCOMPARE(answerer.seen().value(0).text, says);
+            QCOMPARE(answerer.seen().size(), 1);
+            return;
+        }
+        s().window().openAdjustment(placePhoto(QStringLiteral("astronaut.png"), QStringLiteral("人像")));
+        const QString folder = where == "full" ? disk.path() : s().saveFolder() + "/gone";
+        QVERIFY(where != "full" || writeFileBytes(folder + "/a.tiff", "earlier"));
+        setting st;
+        st.savePath = folder.toLocal8Bit().toStdString();
+        st.saveName = "a";
+        st.saveFormat = "TIFF";
+        st.interactive = 1;
+        s().window().start_timer_event(st);
+        QVERIFY(answerer.waitAllAnswered(10000));
+        QVERIFY2(answerer.seen().value(0).text.startsWith(says), qPrintable(answerer.seen().value(0).text));
+        QCOMPARE(fileBytes(folder + "/a.tiff"), where == "full" ? QByteArray("earlier") : QByteArray());
+        // The full-resolution work is not kept.
+        QVERIFY(s().doc().m_orgMat.data == s().doc().m_srcMat.data);
     }
 };
 

@@ -8,6 +8,7 @@
 #include "LayerGrading.h"
 #include "LutApply.h"
 #include "LutCache.h"
+#include "SaveJob.h"
 
 namespace {
 
@@ -52,13 +53,18 @@ int runApplyCommand(const Arguments& args)
             return kExitLutFailed;
         }
     }
-    const cv::Mat input = readImage(positional[0]);
-    if (input.empty())
+    std::optional<Photo> photo = readPhotoFile(positional[0]);
+    if (!photo)
         return kExitImageFailed;
-    cv::Mat picture = toBgr8(input);
-    for (size_t i = 0; i < steps.size(); ++i) {
-        const cv::Mat graded = applyLut(picture, *kernels[i]);
-        picture = steps[i].strength < 0 ? graded : blendLayer(picture, graded, steps[i].strength);
+    if (!steps.empty()) {
+        // The grading works on 8-bit BGR until it keeps the input's depth and
+        // alpha; the source's alpha is laid back over the result.
+        cv::Mat picture = toBgr8(photo->pixels);
+        for (size_t i = 0; i < steps.size(); ++i) {
+            const cv::Mat graded = applyLut(picture, *kernels[i]);
+            picture = steps[i].strength < 0 ? graded : blendLayer(picture, graded, steps[i].strength);
+        }
+        photo->pixels = withSourceAlpha(picture, photo->pixels);
     }
-    return writeImage(positional[1], picture) ? kExitOk : kExitImageFailed;
+    return writePhotoFile(positional[1], *photo) ? kExitOk : kExitImageFailed;
 }

@@ -1,10 +1,9 @@
 #include "GradeTool.h"
 
-#include "ImagePreview.h"
+#include "PhotoReader.h"
+#include "PhotoWriter.h"
 
 #include <QFile>
-
-#include <opencv2/imgcodecs.hpp>
 
 #include <algorithm>
 #include <cctype>
@@ -12,30 +11,13 @@
 
 namespace {
 
-std::string lowerExtension(const std::string& path)
+std::optional<PhotoFormat> outputFormat(const std::string& path)
 {
-    const size_t dot = path.find_last_of('.');
-    const size_t slash = path.find_last_of('/');
-    if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
-        return {};
-    std::string extension = path.substr(dot + 1);
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return char(std::tolower(c)); });
-    return extension;
-}
-
-bool encoderParameters(const std::string& path, std::vector<int>& parameters)
-{
-    const std::string extension = lowerExtension(path);
-    if (extension == "jpg" || extension == "jpeg")
-        parameters = {cv::IMWRITE_JPEG_QUALITY, 100};
-    else if (extension == "png")
-        parameters = {cv::IMWRITE_PNG_COMPRESSION, 9};
-    else if (extension == "tif" || extension == "tiff")
-        parameters = {};
-    else
-        return false;
-    return true;
+    const QString name = QFile::decodeName(path.c_str());
+    const int dot = name.lastIndexOf(QLatin1Char('.'));
+    if (dot < 0 || dot < name.lastIndexOf(QLatin1Char('/')))
+        return std::nullopt;
+    return photoFormatForExtension(name.mid(dot));
 }
 
 }  // namespace
@@ -61,35 +43,40 @@ bool parseNumber(const std::string& text, int min, int max, int& value)
     return value >= min && value <= max;
 }
 
+std::optional<Photo> readPhotoFile(const std::string& path)
+{
+    PhotoReadResult read = readPhoto(QFile::decodeName(path.c_str()));
+    if (!read)
+        complain(path + ": cannot read the image: " + read.reason.toStdString());
+    return read.photo;
+}
+
 cv::Mat readImage(const std::string& path)
 {
-    // The editor's reader, so HEIF/AVIF and camera RAW come in too.
-    const cv::Mat image = readImageFile(QFile::decodeName(path.c_str()));
-    if (image.empty())
-        complain(path + ": cannot read the image");
-    return image;
+    const std::optional<Photo> photo = readPhotoFile(path);
+    return photo ? photo->pixels : cv::Mat();
 }
 
 bool isWritableFormat(const std::string& path)
 {
-    std::vector<int> parameters;
-    return encoderParameters(path, parameters);
+    return outputFormat(path).has_value();
+}
+
+bool writePhotoFile(const std::string& path, const Photo& photo)
+{
+    const std::optional<PhotoFormat> format = outputFormat(path);
+    if (!format) {
+        complain(path + ": unknown output format (use .jpg, .png or .tif)");
+        return false;
+    }
+    QString error;
+    if (writePhoto(QFile::decodeName(path.c_str()), photo, *format, &error))
+        return true;
+    complain(path + ": cannot write the image: " + error.toStdString());
+    return false;
 }
 
 bool writeImage(const std::string& path, const cv::Mat& image)
 {
-    std::vector<int> parameters;
-    if (!encoderParameters(path, parameters)) {
-        complain(path + ": unknown output format (use .jpg, .png or .tif)");
-        return false;
-    }
-    bool written = false;
-    try {
-        written = cv::imwrite(path, image, parameters);
-    } catch (const cv::Exception&) {
-        written = false;
-    }
-    if (!written)
-        complain(path + ": cannot write the image");
-    return written;
+    return writePhotoFile(path, Photo{image, {}, {}});
 }

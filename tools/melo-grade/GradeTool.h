@@ -1,7 +1,11 @@
 // Shared parts of the melo-grade commands.
 #pragma once
 
+#include "Photo.h"
+
 #include <opencv2/core.hpp>
+
+#include <optional>
 
 #include <string>
 #include <vector>
@@ -28,13 +32,19 @@ int usageError(const std::string& message);
 // A whole decimal number from min to max, or false.
 bool parseNumber(const std::string& text, int min, int max, int& value);
 
-// Reads an image as the editor opens it (depth and channels as stored);
-// complains and returns an empty matrix when it cannot.
+// Reads a photograph as the editor opens it, with the same reader (upright,
+// depth, alpha, profile and EXIF as stored); complains with the reason and
+// returns none when it cannot.
+std::optional<Photo> readPhotoFile(const std::string& path);
+// The pixels of readPhotoFile; empty when it fails.
 cv::Mat readImage(const std::string& path);
 
-// Writes an image in the format its extension names: .jpg/.jpeg (quality
-// 100), .png (compression 9), .tif/.tiff. Complains and returns false when
-// the format is unknown or the file cannot be written.
+// Writes a photograph with the editor's writer, in the format its extension
+// names: .jpg/.jpeg, .png, .tif/.tiff, atomically (an existing file survives
+// a failed write). Complains and returns false when the format is unknown or
+// the file cannot be written.
+bool writePhotoFile(const std::string& path, const Photo& photo);
+// writePhotoFile of pixels without profile or EXIF.
 bool writeImage(const std::string& path, const cv::Mat& image);
 
 // Whether the extension names a format writeImage knows.

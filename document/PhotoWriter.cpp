@@ -1,0 +1,106 @@
+#include "PhotoWriter.h"
+
+#include "ImageHeaders.h"
+#include "JpegSegments.h"
+
+#include <QSaveFile>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include <vector>
+
+namespace {
+
+QByteArray encodeWithOpenCv(const cv::Mat& pixels, const char* extension, const std::vector<int>& params)
+{
+    try {
+        std::vector<uchar> buffer;
+        if (pixels.empty() || !cv::imencode(extension, pixels, buffer, params))
+            return QByteArray();
+        return QByteArray(reinterpret_cast<const char*>(buffer.data()), int(buffer.size()));
+    } catch (const std::exception&) {  // cv::Exception and std::bad_alloc alike
+        return QByteArray();
+    }
+}
+
+} // namespace
+
+std::optional<PhotoFormat> photoFormatForExtension(QString extension)
+{
+    extension = extension.toLower();
+    if (extension.startsWith(QLatin1Char('.')))
+        extension.remove(0, 1);
+    if (extension == QLatin1String("jpg") || extension == QLatin1String("jpeg"))
+        return PhotoFormat::Jpeg;
+    if (extension == QLatin1String("png"))
+        return PhotoFormat::Png;
+    if (extension == QLatin1String("tif") || extension == QLatin1String("tiff"))
+        return PhotoFormat::Tiff;
+    return std::nullopt;
+}
+
+cv::Mat jpegPixels(const cv::Mat& pixels)
+{
+    cv::Mat out = pixels;
+    if (out.channels() == 4)
+        cv::cvtColor(out, out, cv::COLOR_BGRA2BGR);
+    else if (out.channels() == 2)
+        cv::extractChannel(out, out, 0);
+    if (out.depth() == CV_16U)
+        out.convertTo(out, CV_8U, 1.0 / 257.0);  // 65535 -> 255, rounded to nearest
+    return out;
+}
+
+QByteArray encodePhoto(const Photo& photo, PhotoFormat format, QString* error)
+{
+    QByteArray bytes;
+    try {
+        switch (format) {
+        case PhotoFormat::Jpeg:
+            bytes = encodeWithOpenCv(jpegPixels(photo.pixels), ".jpg", {cv::IMWRITE_JPEG_QUALITY, 100});
+            if (!bytes.isEmpty())
+                bytes = insertSegment(bytes, photo.exifSegment + iccSegments(photo.iccProfile));
+            break;
+        case PhotoFormat::Png:
+            bytes = encodeWithOpenCv(photo.pixels, ".png", {cv::IMWRITE_PNG_COMPRESSION, 9});
+            if (!bytes.isEmpty() && !photo.iccProfile.isEmpty())
+                bytes = withPngIccProfile(bytes, photo.iccProfile);
+            break;
+        case PhotoFormat::Tiff:
+            // Uncompressed: LZW gains little on camera noise and costs
+            // seconds on a large 16-bit picture.
+            bytes = encodeWithOpenCv(photo.pixels, ".tiff", {cv::IMWRITE_TIFF_COMPRESSION, 1});
+            if (!bytes.isEmpty() && !photo.iccProfile.isEmpty())
+                bytes = withTiffIccProfile(bytes, photo.iccProfile);
+            break;
+        }
+    } catch (const std::exception&) {
+        bytes.clear();
+    }
+    if (bytes.isEmpty() && error)
+        *error = photo.pixels.empty() ? QStringLiteral("there is no picture to write")
+                                      : QStringLiteral("the picture could not be encoded");
+    return bytes;
+}
+
+bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error)
+{
+    QSaveFile file(path);
+    bool ok = file.open(QIODevice::WriteOnly);
+    if (ok && file.write(bytes) != bytes.size()) {
+        ok = false;
+        file.cancelWriting();
+    }
+    if (ok)
+        ok = file.commit();
+    if (!ok && error)
+        *error = file.errorString();
+    return ok;
+}
+
+bool writePhoto(const QString& path, const Photo& photo, PhotoFormat format, QString* error)
+{
+    const QByteArray bytes = encodePhoto(photo, format, error);
+    return !bytes.isEmpty() && writeFileAtomically(path, bytes, error);
+}
