@@ -4,6 +4,7 @@
 // the frame only creates and lays them out.
 #include "BrisaQT.h"
 
+#include "EditorShortcuts.h"
 #include "FrameLayout.h"
 
 #include <QFrame>
@@ -37,6 +38,21 @@ void BrisaQT::buildEditorPanel()
     m_rightLowerStrip = new QFrame(m_rightPanel);
     m_rightLowerStrip->setObjectName(QStringLiteral("rightLowerStrip"));
     buildImageEditor();
+
+    // Keys for the editor's buttons, each live only where its button can be
+    // used: opening in the editor, saving with a photograph open, accepting
+    // and leaving a crop while cropping, the before/after eye once shown.
+    auto* shortcuts = new EditorShortcuts(this);
+    const auto usable = [](const QPushButton* button) { return button->isVisible() && button->isEnabled(); };
+    shortcuts->bind(QKeySequence(Qt::CTRL | Qt::Key_O), m_addImageBtn,
+                    [this] { return m_myWidget->isVisible() && m_addImageBtn->isEnabled(); });
+    shortcuts->bind(QKeySequence(Qt::CTRL | Qt::Key_S), m_saveBtn,
+                    [this, usable] { return usable(m_saveBtn) && m_document.hasImage(); });
+    for (const Qt::Key key : {Qt::Key_Enter, Qt::Key_Return})
+        shortcuts->bind(QKeySequence(key), m_yesShapeBtn, [this, usable] { return m_cropActive && usable(m_yesShapeBtn); });
+    shortcuts->bind(QKeySequence(Qt::Key_Escape), m_noShapeBtn,
+                    [this, usable] { return m_cropActive && usable(m_noShapeBtn); });
+    shortcuts->bind(QKeySequence(Qt::Key_Backslash), m_contrastBtn, [this, usable] { return usable(m_contrastBtn); });
 }
 
 void BrisaQT::layoutEditor()
