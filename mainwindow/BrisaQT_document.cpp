@@ -69,6 +69,7 @@ bool BrisaQT::loadImageFile(const char* path, bool full)
 
 bool BrisaQT::showMat(const cv::Mat& mat)
 {
+    placeToolStrips(QSize(mat.cols, mat.rows));
     return showMatOnLabel(m_drawLabel, mat);
 }
 

@@ -6,7 +6,9 @@
 
 #include "EditorShortcuts.h"
 #include "FrameLayout.h"
+#include "MyDrawLabel.h"
 
+#include <QComboBox>
 #include <QFrame>
 #include <QPushButton>
 #include <QScrollArea>
@@ -61,7 +63,7 @@ void BrisaQT::layoutEditor()
     m_imageArea->setGeometry(e.imageArea);
     // Whatever the editor puts into the image area (the image view) fills it.
     for (QWidget* child : m_imageArea->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
-        if (child != m_addImageBtn)
+        if (child != m_addImageBtn && child != m_toolStrip && child != m_cropStrip)
             child->setGeometry(0, 0, e.imageArea.width(), e.imageArea.height());
     }
     m_addImageBtn->setGeometry(e.addImageBtn);
@@ -71,4 +73,32 @@ void BrisaQT::layoutEditor()
     m_rightUpperStrip->setGeometry(e.upperStrip);
     m_rightLowerStrip->setGeometry(e.lowerStrip);
     layoutEditorTools();
+    const cv::Mat& shown = m_document.m_dstMat;
+    placeToolStrips(QSize(shown.cols, shown.rows));
+}
+
+void BrisaQT::placeToolStrips(const QSize& photo)
+{
+    const FrameLayout::ToolStrips place = FrameLayout::toolStrips(m_imageArea->size(), photo);
+    const FrameLayout::StripButtons b = FrameLayout::stripButtons(place.column);
+    m_toolStrip->setGeometry(place.toolStrip);
+    m_cropBtn->setGeometry(b.crop);
+    m_cropResetBtn->setGeometry(b.cropReset);
+    for (QFrame* separator : m_toolStrip->findChildren<QFrame*>(QString(), Qt::FindDirectChildrenOnly))
+        separator->setGeometry(b.separator);
+    m_contrastBtn->setGeometry(b.eye);
+    m_cropStrip->setGeometry(place.cropStrip);
+    m_cropComboBox->setGeometry(b.ratioBox);
+    m_returnShapeBtn->setGeometry(b.reset);
+    m_noShapeBtn->setGeometry(b.cancel);
+    m_yesShapeBtn->setGeometry(b.accept);
+    m_toolStrip->raise();
+    m_cropStrip->raise();
+    if (m_drawLabel->geometry() == place.view)
+        return;
+    // The view changed its size: the photo is fitted to it again (which
+    // comes back here and finds the view in place).
+    m_drawLabel->setGeometry(place.view);
+    if (m_document.hasImage())
+        refitImageView();
 }
