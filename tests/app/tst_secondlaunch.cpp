@@ -3,9 +3,9 @@
 // running copy's window back; copies of different users run side by side.
 #include "BringForward.h"
 #include "FileBytes.h"
+#include "ProgramWindows.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -19,35 +19,6 @@
 #include <vector>
 
 namespace {
-
-const int kWindowTimeoutMs = 60000;
-
-QString xdotool(const QStringList& arguments)
-{
-    QProcess tool;
-    tool.start(QStringLiteral("xdotool"), arguments);
-    tool.waitForFinished(10000);
-    return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
-}
-
-QStringList visibleWindowsOf(qint64 pid)
-{
-    return xdotool({"search", "--onlyvisible", "--pid", QString::number(pid)}).split('\n', Qt::SkipEmptyParts);
-}
-
-// The process's visible window once it shows one; empty when it ends first.
-QString windowOf(QProcess* process)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < kWindowTimeoutMs && process->state() != QProcess::NotRunning) {
-        const QStringList windows = visibleWindowsOf(process->processId());
-        if (!windows.isEmpty())
-            return windows.first();
-        process->waitForFinished(50);
-    }
-    return QString();
-}
 
 // What a window manager does when the user minimises a window: unmap it and
 // mark it iconic; and the keyboard focus goes elsewhere (to the root).
@@ -126,7 +97,7 @@ private slots:
     void secondLaunchBringsTheWindowBack()
     {
         QProcess* first = startMelo();
-        const QString window = windowOf(first);
+        const QString window = firstWindowOf(first);
         QVERIFY(!window.isEmpty());
         // The program may map its window again while it takes in the iconic
         // state; a window manager then unmaps it again, and so does the test.
@@ -135,7 +106,7 @@ private slots:
         QVERIFY(xdotool({"getwindowfocus"}) != window);
 
         QProcess* second = startMelo();
-        QVERIFY(windowOf(second).isEmpty());
+        QVERIFY(firstWindowOf(second).isEmpty());
         QVERIFY(exitedWith1(second));
         QTRY_COMPARE(visibleWindowsOf(first->processId()), QStringList{window});
         QTRY_COMPARE(xdotool({"getwindowfocus"}), window);
@@ -150,9 +121,9 @@ private slots:
         QVERIFY(QFile::setPermissions(otherUser.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner
                                                            | QFileDevice::ExeOwner));
         QProcess* mine = startMelo();
-        QVERIFY(!windowOf(mine).isEmpty());
+        QVERIFY(!firstWindowOf(mine).isEmpty());
         QProcess* theirs = startMelo(otherUser.path());
-        QVERIFY(!windowOf(theirs).isEmpty());
+        QVERIFY(!firstWindowOf(theirs).isEmpty());
         QVERIFY(exitedWith1(startMelo(otherUser.path())));
         QVERIFY(exitedWith1(startMelo()));
         QCOMPARE(mine->state(), QProcess::Running);
