@@ -1,8 +1,10 @@
 #include "Startup.h"
 
 #include "BrisaQT.h"
+#include "BringForward.h"
 #include "ComApartment.h"
 #include "GlobalConstants.h"
+#include "QtTranslation.h"
 #include "SingleInstance.h"
 #include "StartupSteps.h"
 #include "TerminationSignals.h"
@@ -37,12 +39,15 @@ int meloMain(int argc, char* argv[])
     // The web views need shared GL contexts, set before the application exists.
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
+    installQtTranslation(&app);
     qRegisterMetaType<cv::Mat>(kMatMetaTypeName);
     initComForGuiThread();
 
     SingleInstanceGuard instance;
-    if (instance.anotherInstanceRunning())
+    if (instance.anotherInstanceRunning()) {
+        instance.askRunningCopyToShow();
         return 1;
+    }
 
     if (checkClientVersion()) {
         startUpdater();
@@ -60,6 +65,7 @@ int meloMain(int argc, char* argv[])
     window->setWindowTitle(QString::fromUtf8(kMainWindowTitle));
     window->setWindowIcon(QIcon(QString::fromUtf8(kAppIconPath)));
     window->show();
+    instance.listenForShowRequests([w = window.get()] { bringWindowForward(w); });
 
     TerminationSignalWatcher quitOnSignal;
     const int result = app.exec();

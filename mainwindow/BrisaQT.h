@@ -215,6 +215,9 @@ private:
     void applyWindowSize(bool maximized);
     void layoutFrame();
     void layoutEditor();
+    // Places the tool strips clear of a shown photo of that size (empty: none)
+    // and the image view beside them where the photo leaves no room.
+    void placeToolStrips(const QSize& photo);
     // Opens the settings dialog the one way every caller does; returns its
     // result.
     int runSettingDialog(int mode, int twoButtons);

@@ -70,7 +70,7 @@ QFrame* toolStrip(QWidget* view, const char* name, int x, int width)
 
 void BrisaQT::buildCropTools()
 {
-    m_toolStrip = toolStrip(m_drawLabel, "editorToolStrip", kStripX, kToolStripWidth);
+    m_toolStrip = toolStrip(m_imageArea, "editorToolStrip", kStripX, kToolStripWidth);
     m_cropBtn = toolButton(m_toolStrip, QStringLiteral("裁剪"), "cropBtn", QRect(6, 6, 76, 32), "crop.png");
     m_cropBtn->setIconSize(QSize(20, 20));
     m_cropResetBtn = toolButton(m_toolStrip, QStringLiteral("撤销裁剪"), "cropResetBtn", QRect(86, 6, 96, 32));
@@ -84,7 +84,7 @@ void BrisaQT::buildCropTools()
     m_contrastBtn->setCursor(Qt::PointingHandCursor);
     applyCompareLook(m_contrastBtn, false);
 
-    m_cropStrip = toolStrip(m_drawLabel, "cropToolStrip", kStripX + kToolStripWidth + 8, kCropStripWidth);
+    m_cropStrip = toolStrip(m_imageArea, "cropToolStrip", kStripX + kToolStripWidth + 8, kCropStripWidth);
     m_cropComboBox = new QComboBox(m_cropStrip);
     m_cropComboBox->setObjectName(QStringLiteral("cropComboBox"));
     m_cropComboBox->setGeometry(6, 6, 112, 32);

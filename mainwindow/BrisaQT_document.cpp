@@ -80,6 +80,7 @@ bool BrisaQT::loadImageFile(const char* path, bool full)
 
 bool BrisaQT::showMat(const cv::Mat& mat)
 {
+    placeToolStrips(QSize(mat.cols, mat.rows));
     // Shown in sRGB when the photograph's profile is another.
     return showMatOnLabel(m_drawLabel, m_document.forDisplay(mat));
 }

@@ -1,5 +1,8 @@
 #include "FrameLayout.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace FrameLayout {
 
 Frame frame(const QSize& window)
@@ -30,6 +33,78 @@ Editor editor(const QSize& editorSize)
     e.upperStrip = QRect(0, 0, 0, e.contentFrame.height() - 62);
     e.lowerStrip = QRect(0, e.rightPanel.height() - 62, 0, 0);
     return e;
+}
+
+QRect shownPhotoRect(const QSize& view, const QSize& photo)
+{
+    if (photo.isEmpty())
+        return QRect();
+    double w = photo.width();
+    double h = photo.height();
+    if (w > view.width()) {
+        h = h * view.width() / w;
+        w = view.width();
+    }
+    if (h > view.height()) {
+        w = w * view.height() / h;
+        h = view.height();
+    }
+    // Rounded up, so the shown pixmap, however Qt rounds its scaled size,
+    // lies inside.
+    const QSize shown(int(std::ceil(w - 1e-9)), int(std::ceil(h - 1e-9)));
+    return QRect(QPoint((view.width() - shown.width()) / 2, (view.height() - shown.height()) / 2), shown);
+}
+
+ToolStrips toolStrips(const QSize& imageArea, const QSize& photo)
+{
+    const QRect area(QPoint(0, 0), imageArea);
+    // The centring of the label may put the photo half a pixel further.
+    const QRect shown = shownPhotoRect(imageArea, photo).adjusted(-1, -1, 1, 1);
+    ToolStrips row;
+    row.view = area;
+    row.toolStrip = QRect(QPoint(kStripMargin, kStripTop), kToolStripRow);
+    row.cropStrip = QRect(QPoint(row.toolStrip.right() + 1 + kStripGap, kStripTop), kCropStripRow);
+    if (!shown.intersects(row.toolStrip) && !shown.intersects(row.cropStrip))
+        return row;
+
+    ToolStrips column;
+    column.column = true;
+    column.view = area;
+    column.toolStrip = QRect(kStripMargin, kStripTop, kStripColumnWidth, kToolStripColumnHeight);
+    column.cropStrip = QRect(kStripMargin, column.toolStrip.bottom() + 1 + kStripGap, kStripColumnWidth,
+                             kCropStripColumnHeight);
+    if (!shown.intersects(column.toolStrip) && !shown.intersects(column.cropStrip))
+        return column;
+
+    const int reserved = kStripMargin * 2 + kStripColumnWidth;
+    column.view = QRect(reserved, 0, std::max(0, imageArea.width() - reserved), imageArea.height());
+    return column;
+}
+
+StripButtons stripButtons(bool column)
+{
+    StripButtons b;
+    if (!column) {
+        b.crop = QRect(6, 6, 76, 32);
+        b.cropReset = QRect(86, 6, 96, 32);
+        b.separator = QRect(188, 12, 1, 20);
+        b.eye = QRect(195, 6, 32, 32);
+        b.ratioBox = QRect(6, 6, 112, 32);
+        b.reset = QRect(124, 6, 76, 32);
+        b.cancel = QRect(204, 6, 76, 32);
+        b.accept = QRect(284, 6, 76, 32);
+        return b;
+    }
+    const int w = kStripColumnWidth - 12;
+    b.crop = QRect(6, 6, w, 32);
+    b.cropReset = QRect(6, 42, w, 32);
+    b.separator = QRect(16, 81, w - 20, 1);
+    b.eye = QRect((kStripColumnWidth - 32) / 2, 88, 32, 32);
+    b.ratioBox = QRect(6, 6, w, 32);
+    b.reset = QRect(6, 42, w, 32);
+    b.cancel = QRect(6, 78, w, 32);
+    b.accept = QRect(6, 114, w, 32);
+    return b;
 }
 
 bool pressStartsDrag(const QPoint& pos, Qt::MouseButton button, bool systemMaximized)

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMouseEvent>
 #include <QPushButton>
 
 namespace {
@@ -272,9 +273,18 @@ void GradingPanel::setPresetFace(PresetLayer layer, int id, const QPixmap& thumb
 
 bool GradingPanel::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_sceneBox->lineEdit() && event->type() == QEvent::MouseButtonPress) {
-        m_sceneBox->showPopup();
-        return true;
+    // The read-only text opens the list like the arrow does. It opens on the
+    // release: opened on the press, the list may lie over the box and take
+    // that same click's release as the choice of an item, closing at once.
+    if (watched == m_sceneBox->lineEdit()) {
+        if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
+            return true;
+        if (event->type() == QEvent::MouseButtonRelease) {
+            const auto* mouse = static_cast<QMouseEvent*>(event);
+            if (mouse->button() == Qt::LeftButton && m_sceneBox->lineEdit()->rect().contains(mouse->pos()))
+                m_sceneBox->showPopup();
+            return true;
+        }
     }
     return QFrame::eventFilter(watched, event);
 }

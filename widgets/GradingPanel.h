@@ -52,7 +52,7 @@ public:
     void setPresetFace(PresetLayer layer, int id, const QPixmap& thumbnail, const QString& caption);
 
 protected:
-    // A press on the combo box's read-only text opens its list.
+    // A click on the combo box's read-only text opens its list.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

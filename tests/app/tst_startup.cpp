@@ -3,10 +3,10 @@
 // per-user folder, clean-up after a normal exit, hand-over to the updater.
 #include "FileBytes.h"
 #include "GlobalConstants.h"
+#include "ProgramWindows.h"
 #include "SettingsStore.h"
 #include "TestService.h"
 
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -23,30 +23,10 @@ namespace {
 
 const int kWindowTimeoutMs = 60000;
 
-QString xdotool(const QStringList& arguments)
-{
-    QProcess tool;
-    tool.start(QStringLiteral("xdotool"), arguments);
-    tool.waitForFinished(10000);
-    return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
-}
-
-QStringList visibleWindowsOf(qint64 pid)
-{
-    return xdotool({"search", "--onlyvisible", "--pid", QString::number(pid)}).split('\n', Qt::SkipEmptyParts);
-}
-
 // Polls until the process shows a window (true) or ends without one.
 bool showsWindow(QProcess* process)
 {
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < kWindowTimeoutMs && process->state() != QProcess::NotRunning) {
-        if (!visibleWindowsOf(process->processId()).isEmpty())
-            return true;
-        process->waitForFinished(50);
-    }
-    return false;
+    return !firstWindowOf(process, kWindowTimeoutMs).isEmpty();
 }
 
 // Asks a window to close the way a window manager does (WM_DELETE_WINDOW):

@@ -1,0 +1,162 @@
+// A second launch of the real program, run as separate processes on the
+// test's display: it exits with 1 and shows nothing, after bringing the
+// running copy's window back; copies of different users run side by side.
+#include "BringForward.h"
+#include "FileBytes.h"
+#include "ProgramWindows.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWidget>
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace {
+
+// What a window manager does when the user minimises a window: unmap it and
+// mark it iconic; and the keyboard focus goes elsewhere (to the root).
+bool iconify(const QString& window)
+{
+    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+    const char name[] = "WM_STATE";
+    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
+        connection, xcb_intern_atom(connection, 0, std::strlen(name), name), nullptr);
+    const xcb_atom_t wmState = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+    std::free(reply);
+    const xcb_window_t id = window.toUInt();
+    const uint32_t iconic[2] = {3 /* IconicState */, XCB_NONE};
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, id, wmState, wmState, 32, 2, iconic);
+    xcb_unmap_window(connection, id);
+    xcb_set_input_focus(connection, XCB_INPUT_FOCUS_POINTER_ROOT, XCB_INPUT_FOCUS_POINTER_ROOT, XCB_CURRENT_TIME);
+    const bool sent = wmState != XCB_ATOM_NONE && !xcb_connection_has_error(connection) && xcb_flush(connection) > 0;
+    xcb_disconnect(connection);
+    return sent;
+}
+
+QString logPath(size_t i) { return QDir::tempPath() + QStringLiteral("/second-launch-%1.log").arg(i); }
+
+} // namespace
+
+class TestSecondLaunch : public QObject
+{
+    Q_OBJECT
+
+    std::vector<std::unique_ptr<QProcess>> m_processes;
+
+    // A copy of the program for the user whose runtime folder is given
+    // (empty: the test's own). Nothing listens at the service address: the
+    // version check finds no service and lets the program start.
+    QProcess* startMelo(const QString& runtimeFolder = QString())
+    {
+        auto process = std::make_unique<QProcess>();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("MELO_SERVICE_HTTPS"), QStringLiteral("https://127.0.0.1:9"));
+        env.insert(QStringLiteral("MELO_SERVICE_HTTP"), QStringLiteral("http://127.0.0.1:9"));
+        if (!runtimeFolder.isEmpty())
+            env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeFolder);
+        process->setProcessEnvironment(env);
+        process->setProcessChannelMode(QProcess::MergedChannels);
+        process->setStandardOutputFile(logPath(m_processes.size()));
+        process->start(QStringLiteral(MELO_EXE), QStringList());
+        m_processes.push_back(std::move(process));
+        return m_processes.back().get();
+    }
+
+    static bool exitedWith1(QProcess* process)
+    {
+        return (process->state() == QProcess::NotRunning || process->waitForFinished(30000))
+               && process->exitStatus() == QProcess::NormalExit
+               && process->exitCode() == 1;
+    }
+
+private slots:
+    void initTestCase() { QVERIFY2(!qgetenv("DISPLAY").isEmpty(), "runs on an X display (xvfb-run)"); }
+
+    void cleanup()
+    {
+        for (size_t i = 0; i < m_processes.size(); ++i) {
+            m_processes[i]->terminate();
+            if (!m_processes[i]->waitForFinished(20000))
+                m_processes[i]->kill();
+            m_processes[i]->waitForFinished(10000);
+            if (QTest::currentTestFailed())
+                qWarning().noquote() << "program" << i << "said:" << fileBytes(logPath(i));
+        }
+        m_processes.clear();
+    }
+
+    // The first copy is minimised; the second shows no window of its own,
+    // exits 1, and the first is visible again with the keyboard focus.
+    void secondLaunchBringsTheWindowBack()
+    {
+        QProcess* first = startMelo();
+        const QString window = firstWindowOf(first);
+        QVERIFY(!window.isEmpty());
+        // The program may map its window again while it takes in the iconic
+        // state; a window manager then unmaps it again, and so does the test.
+        QTRY_VERIFY((iconify(window), first->waitForFinished(500),
+                     visibleWindowsOf(first->processId()).isEmpty()));
+        QVERIFY(xdotool({"getwindowfocus"}) != window);
+
+        QProcess* second = startMelo();
+        QVERIFY(firstWindowOf(second).isEmpty());
+        QVERIFY(exitedWith1(second));
+        QTRY_COMPARE(visibleWindowsOf(first->processId()), QStringList{window});
+        QTRY_COMPARE(xdotool({"getwindowfocus"}), window);
+        QCOMPARE(first->state(), QProcess::Running);
+    }
+
+    // Each user's copy has its own guard: a copy with another runtime folder
+    // starts beside the running one, while one more of the same user exits.
+    void copiesOfTwoUsersRunAtOnce()
+    {
+        QTemporaryDir otherUser;
+        QVERIFY(QFile::setPermissions(otherUser.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner
+                                                           | QFileDevice::ExeOwner));
+        QProcess* mine = startMelo();
+        QVERIFY(!firstWindowOf(mine).isEmpty());
+        QProcess* theirs = startMelo(otherUser.path());
+        QVERIFY(!firstWindowOf(theirs).isEmpty());
+        QVERIFY(exitedWith1(startMelo(otherUser.path())));
+        QVERIFY(exitedWith1(startMelo()));
+        QCOMPARE(mine->state(), QProcess::Running);
+        QCOMPARE(theirs->state(), QProcess::Running);
+    }
+
+    // What the running copy does when asked, for each way its window can be
+    // out of sight.
+    void bringForward_data()
+    {
+        QTest::addColumn<bool>("hidden");  // hidden in the tray, else minimised
+        QTest::newRow("minimised") << false;
+        QTest::newRow("hidden in the tray") << true;
+    }
+    void bringForward()
+    {
+        QFETCH(bool, hidden);
+        QWidget window;
+        window.resize(300, 200);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        if (hidden)
+            window.hide();
+        else
+            window.showMinimized();
+        bringWindowForward(&window);
+        QVERIFY(window.isVisible());
+        QVERIFY(!window.isMinimized());
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+    }
+};
+
+// A GUI test on purpose: its own connection keeps the X server from
+// resetting whenever the last program under test has gone.
+QTEST_MAIN(TestSecondLaunch)
+#include "tst_secondlaunch.moc"
