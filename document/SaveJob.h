@@ -21,14 +21,9 @@ struct SaveJob {
     QString presetRoot = ::presetRoot();
 };
 
-// A graded picture laid out like its source where the grading dropped the
-// source's alpha channel: the alpha is added back, untouched, at the graded
-// picture's depth. Anything else is returned as it is.
-cv::Mat withSourceAlpha(const cv::Mat& graded, const cv::Mat& source);
-
 // The full-resolution picture the job writes: the source graded with the
-// layers (the source itself when no layer applies), with the source's alpha
-// channel, then cut by the crops.
+// layers at its own depth, alpha untouched (the source itself when no layer
+// applies), then cut by the crops.
 cv::Mat savedPixels(const SaveJob& job);
 
 // savedPixels written as the record says, with the source's profile and EXIF.

@@ -8,7 +8,6 @@
 #include "LayerGrading.h"
 #include "LutApply.h"
 #include "LutCache.h"
-#include "SaveJob.h"
 
 namespace {
 
@@ -57,14 +56,13 @@ int runApplyCommand(const Arguments& args)
     if (!photo)
         return kExitImageFailed;
     if (!steps.empty()) {
-        // The grading works on 8-bit BGR until it keeps the input's depth and
-        // alpha; the source's alpha is laid back over the result.
-        cv::Mat picture = toBgr8(photo->pixels);
+        // Graded at the photograph's own depth; an alpha channel passes through.
+        cv::Mat picture = toGradable(photo->pixels);
         for (size_t i = 0; i < steps.size(); ++i) {
             const cv::Mat graded = applyLut(picture, *kernels[i]);
             picture = steps[i].strength < 0 ? graded : blendLayer(picture, graded, steps[i].strength);
         }
-        photo->pixels = withSourceAlpha(picture, photo->pixels);
+        photo->pixels = picture;
     }
     return writePhotoFile(positional[1], *photo) ? kExitOk : kExitImageFailed;
 }

@@ -51,12 +51,6 @@ std::optional<Photo> readPhotoFile(const std::string& path)
     return read.photo;
 }
 
-cv::Mat readImage(const std::string& path)
-{
-    const std::optional<Photo> photo = readPhotoFile(path);
-    return photo ? photo->pixels : cv::Mat();
-}
-
 bool isWritableFormat(const std::string& path)
 {
     return outputFormat(path).has_value();
@@ -74,9 +68,4 @@ bool writePhotoFile(const std::string& path, const Photo& photo)
         return true;
     complain(path + ": cannot write the image: " + error.toStdString());
     return false;
-}
-
-bool writeImage(const std::string& path, const cv::Mat& image)
-{
-    return writePhotoFile(path, Photo{image, {}, {}});
 }

@@ -36,16 +36,12 @@ bool parseNumber(const std::string& text, int min, int max, int& value);
 // depth, alpha, profile and EXIF as stored); complains with the reason and
 // returns none when it cannot.
 std::optional<Photo> readPhotoFile(const std::string& path);
-// The pixels of readPhotoFile; empty when it fails.
-cv::Mat readImage(const std::string& path);
 
 // Writes a photograph with the editor's writer, in the format its extension
 // names: .jpg/.jpeg, .png, .tif/.tiff, atomically (an existing file survives
 // a failed write). Complains and returns false when the format is unknown or
 // the file cannot be written.
 bool writePhotoFile(const std::string& path, const Photo& photo);
-// writePhotoFile of pixels without profile or EXIF.
-bool writeImage(const std::string& path, const cv::Mat& image);
 
-// Whether the extension names a format writeImage knows.
+// Whether the extension names a format writePhotoFile knows.
 bool isWritableFormat(const std::string& path);

@@ -148,11 +148,15 @@ PhotoOutcome gradePhoto(const PresetJob& job, const QString& root, const std::st
 {
     PhotoOutcome outcome;
     try {
-        const cv::Mat photo = readImage(input);
-        if (photo.empty())
+        // The editor's reader and writer: upright, profile and camera details
+        // kept, graded at the photo's own depth.
+        std::optional<Photo> photo = readPhotoFile(input);
+        if (!photo)
             return outcome;
-        const LayerGradeResult result = gradeLayers(photo, job.scene, job.selection, root);
-        outcome.written = writeImage(output, result.graded ? result.image : toBgr8(photo));
+        const LayerGradeResult result = gradeLayers(photo->pixels, job.scene, job.selection, root);
+        if (result.graded)
+            photo->pixels = result.image;
+        outcome.written = writePhotoFile(output, *photo);
     } catch (const std::exception& error) {
         // Out of memory on a huge photo, for one: that photo fails, the
         // others go on.
