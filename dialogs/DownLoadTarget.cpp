@@ -5,7 +5,6 @@
 
 #include <QCoreApplication>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 namespace {
 const QChar kBatchSeparator = QLatin1Char('|');
@@ -71,19 +70,4 @@ QString avatarFolder()
     const QString folder = QCoreApplication::applicationDirPath();
     writeSettingValue(key, QString::fromUtf8(kProductName), folder);
     return folder;
-}
-
-bool writeWholeFile(const QString& path, const std::vector<char>& bytes)
-{
-    if (path.isEmpty())
-        return false;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    const qint64 size = static_cast<qint64>(bytes.size());
-    // An incomplete write is discarded with the temporary file; the target
-    // keeps its previous state.
-    if (size > 0 && file.write(bytes.data(), size) != size)
-        return false;
-    return file.commit();
 }
