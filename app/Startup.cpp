@@ -62,6 +62,10 @@ int meloMain(int argc, char* argv[])
     // The web views need shared GL contexts, set before the application exists.
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
+    // From here on a termination signal ends the program through its
+    // clean-up, also while the version check waits for its answer or the
+    // presets are being unpacked.
+    TerminationSignalWatcher quitOnSignal(&Network::abortTransfers);
     qRegisterMetaType<cv::Mat>(kMatMetaTypeName);
     initComForGuiThread();
 
@@ -69,9 +73,6 @@ int meloMain(int argc, char* argv[])
     if (instance.anotherInstanceRunning())
         return 1;
 
-    // From here on a termination signal ends the program through its
-    // clean-up, also while the version check waits for its answer.
-    TerminationSignalWatcher quitOnSignal(&Network::abortTransfers);
     const bool updateNeeded = checkClientVersion();
     if (TerminationSignalWatcher::requested()) {
         cleanUp(&app);

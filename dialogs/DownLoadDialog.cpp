@@ -180,7 +180,7 @@ void DownLoadDialog::ondownloadfinish(Easy_request* net, bool s)
         return;
     }
     const bool writeFailed = download && download->writeFailed();
-    if ((!s || !net) && !writeFailed) {
+    if (!s && !writeFailed) {
         showFailure();
         CloseWindow();
         return;
@@ -191,7 +191,8 @@ void DownLoadDialog::ondownloadfinish(Easy_request* net, bool s)
         CloseWindow();
         return;
     }
-    const bool written = s;
+    // From here the file is in place exactly when s is true; kind 2 explains
+    // a missing one itself.
     switch (m_kind) {
     case UserIcon:
         emit onLoadUserIcon(m_savePath);
@@ -200,7 +201,7 @@ void DownLoadDialog::ondownloadfinish(Easy_request* net, bool s)
         emit onOpenDirectory();
         break;
     case AdjustPicture:
-        finishAdjustment(written);
+        finishAdjustment(s);
         break;
     default:
         if (!m_urls.isEmpty()) {
