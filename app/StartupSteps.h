@@ -14,11 +14,14 @@ QString joinNative(const QString& folder, const QString& name);
 QString updaterPath(const QString& folder);
 // The preset archive in the install folder.
 QString presetArchivePath(const QString& installLocation);
-// The unpacked preset library: the product folder in the temporary folder.
+// The unpacked preset library (see PresetFolder.h): the product folder in
+// the temporary folder on Windows, in a folder of this user's elsewhere.
 QString tempPresetFolder();
-// The per-user folder start-up deletes after an unpack: the product folder
-// beside the per-user application-data folder (its parent joined with
-// "MELO"). Empty when the given folder has no parent to cut at.
+// The per-user folder start-up deletes after an unpack on Windows: the
+// product folder beside the per-user application-data folder (its parent
+// joined with "MELO"). Empty when the given folder has no parent to cut at.
+// Elsewhere that folder holds the web pages' profile (the login), so no
+// folder is deleted there.
 QString perUserFolderToDelete(const QString& appDataLocation);
 
 // Windows: the unpack command line, run as a whole.
@@ -33,10 +36,17 @@ QStringList unpackArguments(const QString& archive, const QString& targetFolder)
 bool startUpdater();
 
 // When the preset archive exists in the install folder: extracts it into the
-// temporary folder, waiting at most 30 s (a slow extractor keeps running as a
-// child of `owner`), then deletes the per-user folder. Otherwise nothing.
-// Returns whether the archive existed.
+// preset folder's parent, waiting at most 30 s or until a termination signal
+// (a slow extractor keeps running as a child of `owner`), then, on Windows,
+// deletes the per-user folder. Otherwise nothing. A preset folder that is a
+// link or not this user's is refused: nothing is extracted. Returns whether
+// the archive existed.
 bool unpackPresetLibrary(QObject* owner);
 
-// Removes the unpacked preset library with everything in it.
+// Ends an extractor that unpackPresetLibrary left running for `owner`, and
+// waits for it, so nothing writes into the preset folder once it is removed.
+void stopPresetExtractor(QObject* owner);
+
+// Removes the unpacked preset library with everything in it; a link or a
+// folder of someone else's is left alone.
 void removeTempPresetFolder();

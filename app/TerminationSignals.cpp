@@ -12,21 +12,36 @@ namespace {
 // Self-pipe: the handler may only do async-signal-safe work, so it writes a
 // byte that the event loop picks up.
 int g_signalSockets[2] = {-1, -1};
+volatile sig_atomic_t g_requested = 0;
+void (*volatile g_onSignal)() = nullptr;
 
 void onTerminationSignal(int)
 {
+    g_requested = 1;
+    if (g_onSignal)
+        g_onSignal();
     const char byte = 1;
     [[maybe_unused]] ssize_t written = ::write(g_signalSockets[0], &byte, 1);
 }
 } // namespace
 #endif
 
-TerminationSignalWatcher::TerminationSignalWatcher(QObject* parent) : QObject(parent)
+bool TerminationSignalWatcher::requested()
+{
+#ifndef Q_OS_WIN
+    return g_requested != 0;
+#else
+    return false;
+#endif
+}
+
+TerminationSignalWatcher::TerminationSignalWatcher(void (*onSignal)(), QObject* parent) : QObject(parent)
 {
 #ifndef Q_OS_WIN
     if (g_signalSockets[0] != -1
         || ::socketpair(AF_UNIX, SOCK_STREAM, 0, g_signalSockets) != 0)
         return;
+    g_onSignal = onSignal;
     m_notifier = new QSocketNotifier(g_signalSockets[1], QSocketNotifier::Read, this);
     connect(m_notifier, SIGNAL(activated(QSocketDescriptor, QSocketNotifier::Type)), this,
             SLOT(onSignalByte()));
@@ -47,6 +62,7 @@ TerminationSignalWatcher::~TerminationSignalWatcher()
         return;
     ::signal(SIGTERM, SIG_DFL);
     ::signal(SIGINT, SIG_DFL);
+    g_onSignal = nullptr;
     delete m_notifier;
     m_notifier = nullptr;
     ::close(g_signalSockets[0]);

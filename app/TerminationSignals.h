@@ -1,5 +1,7 @@
 // On Unix a SIGTERM or SIGINT asks the event loop to quit, so the program
 // leaves through its normal exit path and cleans up. Elsewhere it does nothing.
+// Made before the version check: start-up steps that block the GUI thread
+// look at requested() and the optional hook ends blocking work at once.
 #pragma once
 
 #include <QObject>
@@ -10,8 +12,13 @@ class TerminationSignalWatcher : public QObject
 {
     Q_OBJECT
 public:
-    explicit TerminationSignalWatcher(QObject* parent = nullptr);
+    // `onSignal` runs inside the signal handler, so it may only do
+    // async-signal-safe work (such as storing an atomic flag).
+    explicit TerminationSignalWatcher(void (*onSignal)() = nullptr, QObject* parent = nullptr);
     ~TerminationSignalWatcher() override;
+
+    // Whether a termination signal has arrived while a watcher was installed.
+    static bool requested();
 
 private slots:
     void onSignalByte();

@@ -1,6 +1,7 @@
 #include "DownLoadDialog.h"
 
 #include "DownLoadTarget.h"
+#include "DownloadPool.h"
 #include "GlobalConstants.h"
 #include "NoticeBox.h"
 #include "SettingsStore.h"
@@ -14,7 +15,6 @@
 #include <QProgressBar>
 #include <QPointer>
 #include <QPushButton>
-#include <QThreadPool>
 #include <QTimer>
 
 namespace {
@@ -120,11 +120,12 @@ void DownLoadDialog::startDownload(const QString& url)
     m_request = QSharedPointer<Network::net_request>::create();
     m_request->url = url.toUtf8().toStdString();
     m_download = QSharedPointer<filedownload>::create();
+    m_download->setTargetPath(m_savePath);
     connect(m_download.data(), SIGNAL(slot_request_finish(Easy_request*, bool)), this,
             SLOT(ondownloadfinish(Easy_request*, bool)));
     connect(m_download.data(), SIGNAL(slot_progress(filedownload*, float)), this,
             SLOT(ondownloadprogress(filedownload*, float)));
-    QThreadPool::globalInstance()->start(new netrunable(m_download, m_request));
+    startOnDownloadPool(new netrunable(m_download, m_request));
 }
 
 void DownLoadDialog::ondownloadprogress(filedownload*, float percent)
@@ -161,15 +162,37 @@ void DownLoadDialog::finishAdjustment(bool written)
         showNotice(QStringLiteral("文件保存路径不存在！"), QString::fromUtf8(kFailedTitle));
 }
 
+void DownLoadDialog::showWriteFailure()
+{
+    if (m_kind == UserIcon)
+        showFailure();
+    else
+        showNotice(QStringLiteral("文件无法保存到下载文件夹：%1").arg(m_savePath), QString::fromUtf8(kFailedTitle));
+}
+
 void DownLoadDialog::ondownloadfinish(Easy_request* net, bool s)
 {
     m_downloading = false;
-    if (!s || !net) {
+    const auto* download = qobject_cast<filedownload*>(net);
+    if (!s && Network::transfersAborted()) {
+        // The program is ending: nothing to tell.
+        CloseWindow();
+        return;
+    }
+    const bool writeFailed = download && download->writeFailed();
+    if (!s && !writeFailed) {
         showFailure();
         CloseWindow();
         return;
     }
-    const bool written = writeWholeFile(m_savePath, net->buffer());
+    if (writeFailed && m_kind != AdjustPicture) {
+        // The file is not there: say so instead of going on as if it were.
+        showWriteFailure();
+        CloseWindow();
+        return;
+    }
+    // From here the file is in place exactly when s is true; kind 2 explains
+    // a missing one itself.
     switch (m_kind) {
     case UserIcon:
         emit onLoadUserIcon(m_savePath);
@@ -178,7 +201,7 @@ void DownLoadDialog::ondownloadfinish(Easy_request* net, bool s)
         emit onOpenDirectory();
         break;
     case AdjustPicture:
-        finishAdjustment(written);
+        finishAdjustment(s);
         break;
     default:
         if (!m_urls.isEmpty()) {

@@ -1,5 +1,6 @@
 // The small frameless dialog that downloads files handed over by the web
-// pages, one at a time on the global thread pool, with a progress bar.
+// pages, one at a time on the download pool, with a progress bar. The file
+// is streamed into place; one that cannot be written is reported.
 //
 // Kinds: 0 the user's avatar (install folder), 1 a picture to keep (then its
 // folder is shown), 2 a picture to open in the editor, 3 a batch of pictures
@@ -54,6 +55,7 @@ private:
     void startDownload(const QString& url);
     void startNextOfBatch();
     void showFailure();
+    void showWriteFailure();
     void finishAdjustment(bool written);
 
     Form ui;

@@ -2,7 +2,6 @@
 
 #include <QDir>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QStandardPaths>
 
 namespace {
@@ -69,19 +68,4 @@ QString avatarFolder()
         folder = QDir::tempPath();
     QDir().mkpath(folder);
     return folder;
-}
-
-bool writeWholeFile(const QString& path, const std::vector<char>& bytes)
-{
-    if (path.isEmpty())
-        return false;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    const qint64 size = static_cast<qint64>(bytes.size());
-    // An incomplete write is discarded with the temporary file; the target
-    // keeps its previous state.
-    if (size > 0 && file.write(bytes.data(), size) != size)
-        return false;
-    return file.commit();
 }

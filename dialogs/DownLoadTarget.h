@@ -1,11 +1,10 @@
-// Window-free rules of the download dialog: splitting a batch, where a file
-// goes, and writing it.
+// Window-free rules of the download dialog: splitting a batch and where a
+// file goes.
 #pragma once
 
 #include <QString>
 #include <QStringList>
 
-#include <vector>
 
 // The URLs and file names of a batch, pairwise and in order.
 struct DownloadBatch {
@@ -28,7 +27,3 @@ QString downloadTargetPath(const QString& folder, const QString& name);
 
 // The folder of the avatar: the per-user cache folder, created when missing.
 QString avatarFolder();
-
-// Writes all bytes to the path; the file is replaced only when the whole
-// content was written. False when it could not be written.
-bool writeWholeFile(const QString& path, const std::vector<char>& bytes);

@@ -1,6 +1,7 @@
 #include "Presets.h"
 
 #include "GlobalConstants.h"
+#include "PresetFolder.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -12,7 +13,8 @@ QString presetRoot()
 #ifdef Q_OS_WIN
     return QStringLiteral("%1\\%2").arg(QDir::tempPath(), QString::fromLatin1(kProductName));
 #else
-    return QStringLiteral("%1/%2").arg(QDir::tempPath(), QString::fromLatin1(kProductName));
+    // Per user, where start-up unpacks it.
+    return presetLibraryFolder();
 #endif
 }
 

@@ -200,6 +200,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     // Drags of files over any of the window's widgets (BrisaQT_drop.cpp).
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;  // BrisaQT_tray.cpp
 
 private:
     // -- Construction steps, called in order by the constructor ------------
@@ -221,9 +222,10 @@ private:
     // Opens the settings dialog the one way every caller does; returns its
     // result.
     int runSettingDialog(int mode, int twoButtons);
-    // Returns once a download folder is stored, asking for one until then:
-    // the editor and the downloads into it need it.
-    void ensureDownloadFolder();
+    // Returns true once a download folder is stored, asking for one until
+    // then: the editor and the downloads into it need it. False when the
+    // application quits meanwhile.
+    bool ensureDownloadFolder();
     // Puts the checked state of the two view buttons back to the last view
     // switch that was carried out (a click toggles them before the slot runs).
     void restoreViewButtons();

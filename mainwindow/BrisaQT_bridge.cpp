@@ -82,7 +82,8 @@ void BrisaQT::recieveJsMessage(QString jsUrls, QString jsNames)
 
 void BrisaQT::recieveJsMessageOpenDirectory(QString jsUrl, QString jsName)
 {
-    ensureDownloadFolder();
+    if (!ensureDownloadFolder())
+        return;
     auto* dialog = new DownLoadDialog(this, jsUrl, jsName, DownLoadDialog::KeepPicture);
     connect(dialog, &DownLoadDialog::onOpenDirectory, this, &BrisaQT::openDownLoadDirectory);
     dialog->show();
@@ -90,7 +91,8 @@ void BrisaQT::recieveJsMessageOpenDirectory(QString jsUrl, QString jsName)
 
 void BrisaQT::recieveJsMessageAdjustment(QString jsUrl, QString jsName)
 {
-    ensureDownloadFolder();
+    if (!ensureDownloadFolder())
+        return;
     m_webEngineView->hide();
     m_webEngineView2->hide();
     m_myWidget->show();

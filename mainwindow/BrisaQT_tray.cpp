@@ -6,6 +6,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCloseEvent>
 #include <QMenu>
 #include <QTimer>
 
@@ -59,4 +60,14 @@ void BrisaQT::timerTimeoutToClose()
         return;
     m_closeTimer->stop();
     close();
+}
+
+void BrisaQT::closeEvent(QCloseEvent* event)
+{
+    QMainWindow::closeEvent(event);
+    // The program does not end with its last window (a notice closed while
+    // this window is hidden in the tray must not end it), so this window's
+    // close ends it instead.
+    if (event->isAccepted() && !QApplication::quitOnLastWindowClosed())
+        QCoreApplication::quit();
 }

@@ -4,6 +4,7 @@
 
 #include "GlobalConstants.h"
 #include "NoticeBox.h"
+#include "QuitProbe.h"
 #include "SettingsStore.h"
 
 #include <QPushButton>
@@ -57,19 +58,23 @@ void BrisaQT::clickedReturnCloudBtn()
     m_addImageBtn->hide();
 }
 
-void BrisaQT::ensureDownloadFolder()
+bool BrisaQT::ensureDownloadFolder()
 {
     while (readSettingValue(kProductKey, kDownLoadPath).isEmpty()) {
+        if (applicationQuitting())
+            return false;
         showNotice(QStringLiteral("请先设置下文件保存路径!"));
         runSettingDialog(2, 1);
     }
+    return true;
 }
 
 void BrisaQT::clickedRefreshBtn()
 {
     // The editor needs a folder for downloads and saved photos; there is no
     // way in until one is stored.
-    ensureDownloadFolder();
+    if (!ensureDownloadFolder())
+        return;
     m_webEngineView->hide();
     m_webEngineView2->hide();
     m_myWidget->show();

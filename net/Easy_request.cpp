@@ -36,6 +36,11 @@ size_t Easy_request::write_function(char* data, size_t size, size_t count)
     // libcurl hands over at most a few kilobytes per call.
     const int bytes = static_cast<int>(size * count);
     const size_t old = m_buffer.size();
+    if (m_bodyLimit > 0 && old + bytes > m_bodyLimit) {
+        // Taking less than offered ends the transfer with a write error.
+        m_bodyTooLarge = true;
+        return 0;
+    }
     if (old + bytes > m_buffer.capacity())
         m_buffer.reserve(std::max(old + bytes, m_buffer.capacity() + m_buffer.capacity() / 2));
     m_buffer.resize(old + bytes);
@@ -45,12 +50,14 @@ size_t Easy_request::write_function(char* data, size_t size, size_t count)
 
 bool Easy_request::set_options()
 {
-    return true;
+    // Only so a quit can end a request that is still waiting for its answer.
+    return watch_progress();
 }
 
 bool Easy_request::request(net_request* req)
 {
     m_buffer.clear();
+    m_bodyTooLarge = false;
     const bool ok = Network::request(req);
     emit slot_request_finish(this, ok);
     return ok;

@@ -22,11 +22,18 @@ public:
     // The body of the last answer; read it only after the request finished.
     const std::vector<char>& buffer() const { return m_buffer; }
 
+    // Bodies longer than this many bytes end the transfer as a failure
+    // (0, the default: no limit); bodyTooLarge() then tells why.
+    void setBodyLimit(size_t bytes) { m_bodyLimit = bytes; }
+    bool bodyTooLarge() const { return m_bodyTooLarge; }
+
 signals:
     void slot_request_finish(Easy_request* request, bool ok);
 
 private:
     std::vector<char> m_buffer;
+    size_t m_bodyLimit = 0;
+    bool m_bodyTooLarge = false;
 };
 
 Q_DECLARE_METATYPE(Easy_request*)

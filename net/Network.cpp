@@ -1,5 +1,6 @@
 #include "Network.h"
 
+#include <atomic>
 #include <cstdio>
 
 namespace {
@@ -22,7 +23,20 @@ struct HeaderList {
     }
 };
 
+std::atomic<bool> g_transfersAborted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "set from a signal handler");
+
 } // namespace
+
+void Network::abortTransfers()
+{
+    g_transfersAborted.store(true);
+}
+
+bool Network::transfersAborted()
+{
+    return g_transfersAborted.load();
+}
 
 void printNetworkText(const char* text)
 {
@@ -60,6 +74,26 @@ size_t Network::read_trampoline(char* data, size_t size, size_t count, void* obj
 size_t Network::write_trampoline(char* data, size_t size, size_t count, void* object)
 {
     return static_cast<Network*>(object)->write_function(data, size, count);
+}
+
+int Network::progress_trampoline(void* object, curl_off_t dltotal, curl_off_t dlnow, curl_off_t,
+                                 curl_off_t)
+{
+    return static_cast<Network*>(object)->progress_function(dltotal, dlnow);
+}
+
+int Network::progress_function(curl_off_t, curl_off_t)
+{
+    return transfersAborted() ? 1 : 0;
+}
+
+bool Network::watch_progress()
+{
+    void* self = this;
+    return checked(curl_easy_setopt(m_curl, CURLOPT_NOPROGRESS, 0L), "progress")
+        && checked(curl_easy_setopt(m_curl, CURLOPT_XFERINFOFUNCTION, &Network::progress_trampoline),
+                   "progress function")
+        && checked(curl_easy_setopt(m_curl, CURLOPT_XFERINFODATA, self), "progress function data");
 }
 
 CURL* Network::create_handle()
@@ -144,5 +178,8 @@ bool Network::request(net_request* req)
 
     if (!set_options())
         return false;
+    // On the way out nothing new starts.
+    if (transfersAborted())
+        return checked(CURLE_ABORTED_BY_CALLBACK, "req failed");
     return checked(curl_easy_perform(m_curl), "req failed");
 }

@@ -37,15 +37,28 @@ public:
     // HTTP error status is not a failure.
     virtual bool request(net_request* req);
 
+    // Process-wide, one way: every transfer in progress ends at its next
+    // progress call (about once a second even when stalled) and no new one
+    // starts. Only stores an atomic flag, so a signal handler may call it.
+    static void abortTransfers();
+    static bool transfersAborted();
+
 protected:
     CURL* handle() const { return m_curl; }
     // Prints "<message>,network error: <libcurl text>" when code is not OK.
     static bool checked(CURLcode code, const char* message);
+    // Turns the progress meter on and routes it to progress_function.
+    bool watch_progress();
+    // Called by libcurl during the transfer with the byte counts of the
+    // download (total below 1 when unknown); non-zero aborts the transfer.
+    virtual int progress_function(curl_off_t dltotal, curl_off_t dlnow);
 
 private:
     static size_t head_trampoline(char* data, size_t size, size_t count, void* object);
     static size_t read_trampoline(char* data, size_t size, size_t count, void* object);
     static size_t write_trampoline(char* data, size_t size, size_t count, void* object);
+    static int progress_trampoline(void* object, curl_off_t dltotal, curl_off_t dlnow,
+                                   curl_off_t ultotal, curl_off_t ulnow);
     // A new handle with the fixed options, or null (already reported).
     CURL* create_handle();
 

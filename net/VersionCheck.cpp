@@ -15,6 +15,9 @@
 namespace {
 
 constexpr int kSuccessCode = 200;
+// Far above any real answer. A longer one is not understood (the program
+// starts normally) and is neither kept nor printed whole.
+constexpr size_t kMaxAnswerBytes = 1 << 20;
 
 // The body as text up to its first NUL byte.
 std::string bodyText(const std::vector<char>& body)
@@ -66,6 +69,7 @@ bool checkClientVersion()
     Network::net_request req;
     req.url = (serviceHttpsBase() + QString::fromUtf8(kClientInitPath)).toLocal8Bit().toStdString();
     Easy_request request;
+    request.setBodyLimit(kMaxAnswerBytes);
     if (!request.request(&req))
         return false;
 

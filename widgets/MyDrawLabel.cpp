@@ -40,6 +40,10 @@ MyDrawLabel::MyDrawLabel(QWidget* parent)
 
 void MyDrawLabel::setImage(const cv::Mat& mat)
 {
+    // While the editor is hidden the view's resize event waits until it is
+    // shown again, but a maximise or restore refits the picture at once: the
+    // layer must have the view's new size before the picture is fitted to it.
+    m_imageLayer->setGeometry(rect());
     if (!showMatOnLabel(m_imageLayer, mat))
         return;
     m_image = mat;

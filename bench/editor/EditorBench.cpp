@@ -1,6 +1,7 @@
 #include "EditorBench.h"
 
 #include "GlobalConstants.h"
+#include "PresetFolder.h"
 #include "Presets.h"
 #include "SettingsStore.h"
 
@@ -23,9 +24,11 @@ EditorBench::EditorBench()
 {
     m_folderPath = m_folder.path();
     qputenv("TMPDIR", m_folderPath.toLocal8Bit());
+    // The preset folder then lies in the bench's own folder too.
+    qunsetenv("XDG_RUNTIME_DIR");
     QStandardPaths::setTestModeEnabled(true);
     QString error;
-    if (!unpackPresetArchive(QStringLiteral(MELO_PRESET_ARCHIVE), QDir::tempPath(), &error)) {
+    if (!unpackPresetArchive(QStringLiteral(MELO_PRESET_ARCHIVE), presetUnpackParent(), &error)) {
         fprintf(stderr, "bench: cannot unpack the presets: %s\n", qPrintable(error));
         exit(1);
     }

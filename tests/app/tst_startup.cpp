@@ -1,18 +1,24 @@
 // Start-up and exit of the real program, run as separate processes on the
-// test's display: single instance, preset unpack with the deletion of the
-// per-user folder, clean-up after a normal exit, hand-over to the updater.
+// test's display: single instance, preset unpack into the per-user folder
+// with the login kept, clean-up after every way out, hand-over to the updater.
 #include "FileBytes.h"
 #include "GlobalConstants.h"
+#include "PresetFolder.h"
 #include "ProgramWindows.h"
 #include "SettingsStore.h"
+#include "StartupSteps.h"
 #include "TestService.h"
 
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QUrl>
 #include <QTest>
 
 #include <xcb/xcb.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -23,6 +29,33 @@ namespace {
 
 const int kWindowTimeoutMs = 60000;
 
+QStringList windowsNamed(qint64 pid, const QString& title)
+{
+    return xdotool({"search", "--onlyvisible", "--pid", QString::number(pid), "--name", "^" + title + "$"})
+        .split('\n', Qt::SkipEmptyParts);
+}
+
+// Whether the main window (the one large window) is shown; the tray icon
+// and notices are small windows of their own.
+bool mainWindowShown(qint64 pid)
+{
+    for (const QString& window : visibleWindowsOf(pid)) {
+        const QString shell = xdotool({"getwindowgeometry", "--shell", window});
+        const int at = shell.indexOf("WIDTH=");
+        if (at >= 0 && shell.mid(at + 6).section('\n', 0, 0).toInt() >= 1000)
+            return true;
+    }
+    return false;
+}
+
+// Whether a connection to 127.0.0.1:port is established (a request waits
+// for its answer): in /proc/net/tcp a remote port followed by state 01.
+bool connectionTo(int port)
+{
+    return fileBytes(QStringLiteral("/proc/net/tcp"))
+        .contains(":" + QByteArray::number(port, 16).toUpper().rightJustified(4, '0') + " 01");
+}
+
 // Polls until the process shows a window (true) or ends without one.
 bool showsWindow(QProcess* process)
 {
@@ -32,16 +65,19 @@ bool showsWindow(QProcess* process)
 // Asks a window to close the way a window manager does (WM_DELETE_WINDOW):
 // aimed at that window alone, unlike key presses, which go wherever the
 // keyboard focus is on the display all tests share.
+xcb_atom_t internAtom(xcb_connection_t* connection, const char* name)
+{
+    xcb_intern_atom_reply_t* reply =
+        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, std::strlen(name), name), nullptr);
+    const xcb_atom_t value = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+    std::free(reply);
+    return value;
+}
+
 bool requestClose(const QString& window)
 {
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    auto atom = [connection](const char* name) {
-        xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
-            connection, xcb_intern_atom(connection, 0, std::strlen(name), name), nullptr);
-        const xcb_atom_t value = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
-        std::free(reply);
-        return value;
-    };
+    auto atom = [connection](const char* name) { return internAtom(connection, name); };
     xcb_client_message_event_t event = {};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
@@ -55,6 +91,45 @@ bool requestClose(const QString& window)
     return sent;
 }
 
+// Owns the system-tray selection while it lives, so the program finds a tray
+// and hides into it as on a desktop with a panel (Xvfb has none).
+class TrayOwner
+{
+public:
+    TrayOwner() : m_connection(xcb_connect(nullptr, nullptr))
+    {
+        xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
+        const xcb_window_t window = xcb_generate_id(m_connection);
+        xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
+        xcb_set_selection_owner(m_connection, window, internAtom(m_connection, "_NET_SYSTEM_TRAY_S0"),
+                                XCB_CURRENT_TIME);
+        xcb_flush(m_connection);
+    }
+    ~TrayOwner() { xcb_disconnect(m_connection); }
+    TrayOwner(const TrayOwner&) = delete;
+    TrayOwner& operator=(const TrayOwner&) = delete;
+
+private:
+    xcb_connection_t* m_connection;
+};
+
+// The stand-in pages with a home page that runs `script` once the bridge
+// "qtui" is there (as `app`).
+bool writeProbePages(const QString& folder, const QString& script)
+{
+    const QDir pages(QStringLiteral(MELO_SOURCE_DIR "/tools/melo-service/pages"));
+    for (const QString& name : pages.entryList(QDir::Files))
+        if (!QFile::copy(pages.filePath(name), folder + "/" + name) && !QFile::exists(folder + "/" + name))
+            return false;
+    QFile::remove(folder + "/home.html");
+    return writeFileBytes(folder + "/home.html",
+                          "<!DOCTYPE html><html><body><script src=\"/qwebchannel.js\"></script><script>\n"
+                          "new QWebChannel(qt.webChannelTransport, function (channel) {\n"
+                          "  var app = channel.objects.qtui;\n"
+                          + script.toUtf8() + "\n});\n</script></body></html>\n");
+}
+
 bool quitsNormally(QProcess* process)
 {
     process->terminate();
@@ -62,7 +137,7 @@ bool quitsNormally(QProcess* process)
            && process->exitCode() == 0;
 }
 
-QString presetFolder() { return QDir::tempPath() + QStringLiteral("/MELO"); }
+QString presetFolder() { return presetLibraryFolder(); }
 QString perUserMarker()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/MELO/marker");
@@ -92,18 +167,30 @@ class TestStartup : public QObject
     // Nothing listens at the default service address: the version check
     // finds no service and lets the program start.
     QProcess* startMelo(const QString& program = QStringLiteral(MELO_EXE),
-                        const QString& serviceHttps = QStringLiteral("https://127.0.0.1:9"))
+                        const QString& serviceHttps = QStringLiteral("https://127.0.0.1:9"),
+                        const QString& serviceHttp = QStringLiteral("http://127.0.0.1:9"),
+                        const QString& path = QString())
     {
         auto process = std::make_unique<QProcess>();
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("MELO_SERVICE_HTTPS"), serviceHttps);
-        env.insert(QStringLiteral("MELO_SERVICE_HTTP"), QStringLiteral("http://127.0.0.1:9"));
+        env.insert(QStringLiteral("MELO_SERVICE_HTTP"), serviceHttp);
+        if (!path.isEmpty())
+            env.insert(QStringLiteral("PATH"), path + ":" + env.value(QStringLiteral("PATH")));
         process->setProcessEnvironment(env);
         process->setProcessChannelMode(QProcess::MergedChannels);
         process->setStandardOutputFile(logPath(m_processes.size()));
         process->start(program, QStringList());
         m_processes.push_back(std::move(process));
         return m_processes.back().get();
+    }
+
+    // The stand-in service serving the probe pages, naming the installed
+    // release so the program starts normally.
+    bool startProbeService(TestService& service, const QString& pages, const QStringList& extra = QStringList())
+    {
+        writeSettingValue(kProductKey, kDisplayVersion, QStringLiteral("7.7.7.7"));
+        return service.start(QStringList{"--pages", pages, "--newversion", "7.7.7.7"} + extra);
     }
 
 private slots:
@@ -118,7 +205,7 @@ private slots:
                 qWarning().noquote() << "program" << i << "said:" << fileBytes(logPath(i));
         }
         m_processes.clear();
-        for (const char* name : {kInstallLocation, kDisplayVersion})
+        for (const char* name : {kInstallLocation, kDisplayVersion, kDownLoadPath})
             removeSettingValue(kProductKey, name);
         QDir(presetFolder()).removeRecursively();
     }
@@ -146,10 +233,9 @@ private slots:
     {
         QTest::addColumn<QString>("password");  // empty: no archive
         QTest::addColumn<bool>("presetsUnpacked");
-        QTest::addColumn<bool>("perUserDeleted");
-        QTest::newRow("archive") << QString::fromUtf8(kPresetArchivePassword) << true << true;
-        QTest::newRow("wrong password") << QStringLiteral("not-the-password") << false << true;
-        QTest::newRow("no archive") << QString() << false << false;
+        QTest::newRow("archive") << QString::fromUtf8(kPresetArchivePassword) << true;
+        QTest::newRow("wrong password") << QStringLiteral("not-the-password") << false;
+        QTest::newRow("no archive") << QString() << false;
     }
     void presetUnpack()
     {
@@ -158,18 +244,186 @@ private slots:
         if (!password.isEmpty())
             QVERIFY(makePresetArchive(install.path() + QStringLiteral("/qsh.dll"), password));
         writeSettingValue(kProductKey, kInstallLocation, install.path());
-        QVERIFY(writeFileBytes(perUserMarker(), "kept unless an archive was found"));
+        // The per-user data folder holds the pages' profile: never deleted here.
+        QVERIFY(writeFileBytes(perUserMarker(), "kept"));
 
         QProcess* melo = startMelo();
         QVERIFY(showsWindow(melo));
         // Unpacking is over before the window exists.
         QTEST(QFile::exists(presetFolder() + QStringLiteral("/0/0.CUBE")), "presetsUnpacked");
-        QTEST(!QFile::exists(perUserMarker()), "perUserDeleted");
+        QVERIFY(QFile::exists(perUserMarker()));
         QCOMPARE(readSettingValue(kProductKey, kInstallLocation), install.path());  // the store is elsewhere
         // Whatever is in the preset folder, it goes with a normal exit.
         QVERIFY(writeFileBytes(presetFolder() + QStringLiteral("/added by the user.txt"), "x"));
         QVERIFY(quitsNormally(melo));
         QVERIFY(!QFileInfo::exists(presetFolder()));
+    }
+
+    // A value a page keeps in its local storage survives a restart with the
+    // preset archive present (the unpack must not take the profile along).
+    void restartKeepsTheLogin()
+    {
+        QTemporaryDir install, pages, saved;
+        QVERIFY(makePresetArchive(install.path() + "/qsh.dll", QString::fromUtf8(kPresetArchivePassword)));
+        writeSettingValue(kProductKey, kInstallLocation, install.path());
+        writeSettingValue(kProductKey, kDownLoadPath, saved.path());
+        // The page reports what it found by downloading a file named after it.
+        QVERIFY(writeProbePages(pages.path(), R"(
+  var kept = localStorage.getItem("probe");
+  if (!kept) localStorage.setItem("probe", "42");
+  app.recieveJsMessageOpenDirectory(location.origin + "/test/ping", kept ? "kept-" + kept + ".txt" : "set.txt");)"));
+        TestService service;
+        QVERIFY2(startProbeService(service, pages.path()), qPrintable(service.errorString()));
+        for (const QString& expected : {QStringLiteral("set.txt"), QStringLiteral("kept-42.txt")}) {
+            QProcess* melo = startMelo(QStringLiteral(MELO_EXE), service.httpsBase(), service.httpBase());
+            QTRY_VERIFY_WITH_TIMEOUT(!QDir(saved.path()).entryList(QDir::Files).isEmpty(), 120000);
+            QCOMPARE(QDir(saved.path()).entryList(QDir::Files), QStringList(expected));
+            QVERIFY(quitsNormally(melo));
+            QFile::remove(saved.path() + "/" + expected);
+        }
+    }
+
+    // Every way out ends within a few seconds, through the clean-up: a
+    // termination signal during the version check, during the unpack, in the
+    // download-folder loop, during an endless download, hidden in the tray
+    // (where closing a notice first must not end the program).
+    void quitEndsCleanly_data()
+    {
+        QTest::addColumn<int>("initDelayMs");      // the version check's wait
+        QTest::addColumn<bool>("slowExtractor");
+        QTest::addColumn<QString>("script");       // the home page's action
+        QTest::addColumn<QString>("waitFor");      // "notice:<window title>"
+        QTest::addColumn<bool>("closeNotice");     // close it, the program stays
+        const QString download = QStringLiteral("app.recieveJsMessageOpenDirectory(%1, \"endless.bin\");");
+        QTest::newRow("slow version check") << 30000 << false << QString() << QString() << false;
+        QTest::newRow("slow unpack") << 0 << true << QString() << QString() << false;
+        QTest::newRow("download-folder loop") << 0 << false << "app.clickedRefreshBtn();"
+                                              << QString::fromUtf8("notice:提示") << false;
+        // The dialog's title is its window title, kept from the design.
+        QTest::newRow("endless download") << 0 << false << download.arg("location.origin + \"/test/endless\"")
+                                          << QString::fromUtf8("notice:系统设置") << false;
+        QTest::newRow("hidden in the tray") << 0 << false << "app.onMinSystemTray();" << QString() << false;
+        QTest::newRow("notice closed while hidden")
+            << 0 << false << "app.onMinSystemTray();" + download.arg("\"http://127.0.0.1:9/refused\"")
+            << QString::fromUtf8("notice:下载失败") << true;
+    }
+    void quitEndsCleanly()
+    {
+        QFETCH(int, initDelayMs);
+        QFETCH(bool, slowExtractor);
+        QFETCH(QString, script);
+        QFETCH(QString, waitFor);
+        QFETCH(bool, closeNotice);
+        QTemporaryDir install, pages, saved, bin;
+        QVERIFY(makePresetArchive(install.path() + "/qsh.dll", QString::fromUtf8(kPresetArchivePassword)));
+        writeSettingValue(kProductKey, kInstallLocation, install.path());
+        if (!script.contains("clickedRefreshBtn"))  // the loop asks for a folder
+            writeSettingValue(kProductKey, kDownLoadPath, saved.path());
+        // An extractor that keeps writing into the preset folder until ended.
+        if (slowExtractor)
+            QVERIFY(writeFileBytes(bin.path() + "/7z",
+                                   "#!/bin/sh\nfor a; do case $a in -o*) out=${a#-o};; esac; done\n"
+                                   "while true; do mkdir -p \"$out/MELO\"; : > \"$out/MELO/late\"; sleep 0.1; done\n",
+                                   true));
+        QVERIFY(writeProbePages(pages.path(), script));
+        TestService service;
+        QVERIFY2(startProbeService(service, pages.path(), {"--init-delay-ms", QString::number(initDelayMs)}),
+                 qPrintable(service.errorString()));
+        std::unique_ptr<TrayOwner> tray(script.contains("onMinSystemTray") ? new TrayOwner : nullptr);
+
+        QProcess* melo = startMelo(QStringLiteral(MELO_EXE), service.httpsBase(), service.httpBase(),
+                                   slowExtractor ? bin.path() : QString());
+        if (slowExtractor) {
+            QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(presetFolder() + "/late"), 120000);
+        } else if (initDelayMs > 0) {
+            // The version check waits for its answer, 30 s away.
+            QTRY_VERIFY_WITH_TIMEOUT(connectionTo(QUrl(service.httpsBase()).port()), 60000);
+        } else {
+            QTRY_VERIFY_WITH_TIMEOUT(mainWindowShown(melo->processId()), 120000);
+        }
+        if (initDelayMs > 0 || slowExtractor)  // no window yet
+            QVERIFY(melo->state() == QProcess::Running && visibleWindowsOf(melo->processId()).isEmpty());
+        if (script.contains("onMinSystemTray"))
+            QTRY_VERIFY_WITH_TIMEOUT(!mainWindowShown(melo->processId()), 120000);
+        if (waitFor.startsWith("notice:")) {
+            const QString title = waitFor.mid(7);
+            QTRY_VERIFY_WITH_TIMEOUT(!windowsNamed(melo->processId(), title).isEmpty(), 120000);
+            QTest::qWait(1000);  // a transfer is under way
+            if (closeNotice) {
+                // A request that comes before the notice is ready is lost: repeat it.
+                for (int i = 0; i < 30 && !windowsNamed(melo->processId(), title).isEmpty(); ++i) {
+                    // Which of its windows gets the request varies; all do.
+                    for (const QString& window : windowsNamed(melo->processId(), title))
+                        QVERIFY(requestClose(window));
+                    QTest::qWait(1000);
+                }
+                QVERIFY(windowsNamed(melo->processId(), title).isEmpty());
+                QTest::qWait(2000);
+                QVERIFY2(melo->state() == QProcess::Running, "closing a notice while hidden ended the program");
+            }
+        }
+
+        QElapsedTimer clock;
+        clock.start();
+        melo->terminate();
+        QVERIFY(melo->waitForFinished(15000));
+        QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
+        QVERIFY(melo->exitStatus() == QProcess::NormalExit && melo->exitCode() == 0);
+        QTest::qWait(500);  // an extractor left running would have written again
+        QVERIFY(!QFileInfo::exists(presetFolder()));
+        QCOMPARE(QDir(saved.path()).entryList(QDir::Files), QStringList());  // no partial download
+    }
+
+    // The preset folder is per user: in $XDG_RUNTIME_DIR when only its owner
+    // may enter it, else in an owner-only folder of the temporary folder.
+    void presetFolderIsPerUser()
+    {
+        const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+        QCOMPARE(presetLibraryFolder(), QString::fromLocal8Bit(runtime) + "/MELO");
+        QTemporaryDir other;
+        QVERIFY(QFile::setPermissions(other.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        qputenv("XDG_RUNTIME_DIR", other.path().toLocal8Bit());
+        QCOMPARE(presetLibraryFolder(), other.path() + "/MELO");
+        QVERIFY(QFile::setPermissions(other.path(), QFile::permissions(other.path()) | QFile::ReadOther | QFile::ExeOther));
+        const QString own = QDir::tempPath() + "/melo-" + QString::number(::geteuid());
+        QCOMPARE(presetLibraryFolder(), own + "/MELO");  // a runtime folder others may enter is not used
+        struct stat st = {};
+        QVERIFY(::lstat(QFile::encodeName(own).constData(), &st) == 0 && (st.st_mode & 0777) == 0700);
+        qunsetenv("XDG_RUNTIME_DIR");
+        QCOMPARE(presetLibraryFolder(), own + "/MELO");
+        qputenv("XDG_RUNTIME_DIR", runtime);
+    }
+
+    // A preset folder that is a link, or a folder of someone else's, is
+    // neither unpacked into nor removed; what it points to stays untouched.
+    void foreignPresetFolderRefused_data()
+    {
+        QTest::addColumn<bool>("link");
+        QTest::newRow("link") << true;
+        QTest::newRow("someone else's") << false;
+    }
+    void foreignPresetFolderRefused()
+    {
+        QFETCH(bool, link);
+        if (!link && ::geteuid() != 0)
+            QSKIP("giving a folder to another user needs root");
+        QTemporaryDir install, victim;
+        QVERIFY(makePresetArchive(install.path() + "/qsh.dll", QString::fromUtf8(kPresetArchivePassword)));
+        writeSettingValue(kProductKey, kInstallLocation, install.path());
+        QVERIFY(writeFileBytes(victim.path() + "/own.txt", "mine"));
+        QDir(presetFolder()).removeRecursively();
+        if (link) {
+            QVERIFY(QFile::link(victim.path(), presetFolder()));
+        } else {
+            QVERIFY(QDir().mkpath(presetFolder()) && writeFileBytes(presetFolder() + "/own.txt", "theirs"));
+            QVERIFY(::chown(QFile::encodeName(presetFolder()).constData(), 65534, 65534) == 0);
+        }
+        QVERIFY(unpackPresetLibrary(this));
+        removeTempPresetFolder();
+        const QString seen = link ? victim.path() : presetFolder();
+        QCOMPARE(QDir(seen).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList("own.txt"));
+        QCOMPARE(QFileInfo(presetFolder()).isSymLink(), link);
+        QVERIFY(QFile::remove(presetFolder()) || QDir(presetFolder()).removeRecursively());
     }
 
     // The service names another release: after the notice the updater is

@@ -1,6 +1,7 @@
 #include "EditorSession.h"
 
 #include "GlobalConstants.h"
+#include "PresetFolder.h"
 #include "SettingsStore.h"
 
 #include <QDir>
@@ -13,9 +14,9 @@
 
 bool installPresets()
 {
-    const QString target = QDir::tempPath() + QStringLiteral("/MELO");
+    const QString target = presetLibraryFolder();
     if (!QFileInfo::exists(target + QStringLiteral("/5/19.CUBE")))
-        QProcess::execute(QStringLiteral("cp"), {"-r", QStringLiteral(MELO_PRESET_DIR "/MELO"), QDir::tempPath()});
+        QProcess::execute(QStringLiteral("cp"), {"-r", QStringLiteral(MELO_PRESET_DIR "/MELO"), presetUnpackParent()});
     return QFileInfo::exists(target + QStringLiteral("/5/19.CUBE"));
 }
 

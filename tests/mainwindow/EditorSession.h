@@ -14,7 +14,7 @@
 
 class QWidget;
 
-// Copies the generated library into QDir::tempPath() + "/MELO" once; false
+// Copies the generated library into the preset folder (presetLibraryFolder()) once; false
 // when it could not.
 bool installPresets();
 

@@ -200,6 +200,31 @@ private slots:
         QVERIFY(sameImage(s().doc().m_dstMat, show));
     }
 
+    // The compare layer covers the view, its picture fitted like the graded
+    // one, whatever happened to the window's size while the editor was
+    // hidden behind a page.
+    void compareLayerAfterHiddenResize()
+    {
+        open(QStringLiteral("coffee.png"), QStringLiteral("自然景观"));
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Yes);
+        s().window().clickedRepairBtn();           // to the home page: the editor hides
+        QVERIFY(answerer.waitAllAnswered());
+        for (bool maximise : {false, true, false}) {
+            maximise ? s().window().clickedMaxBtn() : s().window().clickedNormalBtn();
+            s().window().clickedRefreshBtn();      // back into the editor
+            button("contrastBtn")->click();
+            QVERIFY(view()->isOriginalShown());
+            QCOMPARE(view()->imageLayer()->geometry(), view()->rect());
+            QCOMPARE(view()->imageLayer()->pixmap(Qt::ReturnByValue).size(),
+                     view()->pixmap(Qt::ReturnByValue).size());
+            button("contrastBtn")->click();
+            answerer.answer(QMessageBox::Yes);
+            s().window().clickedRepairBtn();
+            QVERIFY(answerer.waitAllAnswered());
+        }
+    }
+
     // Switching the scene asks; No keeps the scene and the picture, Yes
     // resets the layers.
     void sceneSwitch()

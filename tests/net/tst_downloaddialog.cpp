@@ -2,6 +2,7 @@
 // closing during a transfer, target folders and the messages per kind.
 #include "DownLoadDialog.h"
 #include "DownLoadTarget.h"
+#include "Network.h"
 #include "FileBytes.h"
 #include "GlobalConstants.h"
 #include "ModalAnswerer.h"
@@ -14,13 +15,24 @@
 #include <QProgressBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QtTest>
+
+#include <unistd.h>
 
 namespace {
 
 const QString kBatchDone = QStringLiteral("多文件下载已经全部完成");
 
 QByteArray sampleBytes(const QString& name) { return fileBytes(QStringLiteral(MELO_SAMPLES_DIR "/") + name); }
+
+// Peak resident memory of this process so far, in KiB.
+qint64 peakResidentKiB()
+{
+    const QByteArray status = fileBytes(QStringLiteral("/proc/self/status"));
+    const int at = status.indexOf("VmHWM:");
+    return at < 0 ? -1 : status.mid(at + 6, status.indexOf('\n', at) - at - 6).trimmed().split(' ').first().toLongLong();
+}
 
 } // namespace
 
@@ -37,6 +49,92 @@ private slots:
         m_folder = m_root->path() + QStringLiteral("/pictures/saved");
         QVERIFY(QDir().mkpath(m_folder));
         writeSettingValue(kProductKey, kDownLoadPath, m_folder);
+    }
+
+    // First, while the peak is still the start-up's: the body streams to
+    // disk instead of being held, so a large download barely moves the peak.
+    void largeBodyKeepsMemoryFlat()
+    {
+        const qint64 bytes = 160 << 20;
+        const qint64 before = peakResidentKiB();
+        auto* dialog = new DownLoadDialog(nullptr, m_service.httpUrl(QStringLiteral("/test/large?bytes=%1").arg(bytes)),
+                                          "large.bin", 1);
+        QSignalSpy finished(dialog, &DownLoadDialog::onOpenDirectory);
+        QVERIFY(finished.wait(120000));
+        QCOMPARE(QFileInfo(m_folder + "/large.bin").size(), bytes);
+        QVERIFY2(peakResidentKiB() - before < 32 * 1024, qPrintable(QString::number(peakResidentKiB() - before)));
+        QCOMPARE(QDir(m_folder).entryList(QDir::Files), QStringList("large.bin"));  // no temporary file left
+    }
+
+    // Stalled transfers neither hold up a new one nor last for ever: the
+    // third download completes at once, the stalled ones end by the
+    // low-speed rule with the kind's failure box and leave no file.
+    void stalledTransfers()
+    {
+        filedownload::setStallSeconds(3);
+        ModalAnswerer answerer;
+        const int stalled = qMax(2, QThread::idealThreadCount());
+        for (int i = 0; i < stalled; ++i)
+            answerer.answer(QMessageBox::Yes);
+        for (int i = 0; i < stalled; ++i)
+            new DownLoadDialog(nullptr, m_service.httpUrl("/test/stall?ms=20000"), QStringLiteral("stalled%1").arg(i), 1);
+        QTest::qWait(300);
+        QElapsedTimer clock;
+        clock.start();
+        auto* third = new DownLoadDialog(nullptr, m_service.httpUrl("/test/large?bytes=5000"), "third.bin", 1);
+        QSignalSpy finished(third, &DownLoadDialog::onOpenDirectory);
+        QVERIFY(finished.wait(10000));
+        QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+        QTRY_COMPARE_WITH_TIMEOUT(answerer.seen().size(), stalled, 15000);
+        filedownload::setStallSeconds(60);
+        QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
+        for (const auto& box : answerer.seen())
+            QCOMPARE(box.title + ": " + box.text, QStringLiteral("下载失败: 打开存储文件夹路径失败！"));
+        QCOMPARE(QDir(m_folder).entryList(QDir::Files), QStringList("third.bin"));
+    }
+
+    // A file that cannot be written is reported instead of passing silently;
+    // whatever the target held before stays.
+    void unwritableTargetIsReported_data()
+    {
+        QTest::addColumn<QString>("folder");  // empty: the download folder
+        QTest::addColumn<QString>("name");
+        QTest::newRow("300-character name") << QString() << QString(296, 'n') + ".jpg";
+        // Root writes anywhere but into /proc.
+        QTest::newRow("unwritable folder") << (::geteuid() == 0 ? QStringLiteral("/proc") : QStringLiteral("locked"))
+                                           << "a.jpg";
+    }
+    void unwritableTargetIsReported()
+    {
+        QFETCH(QString, folder);
+        QFETCH(QString, name);
+        if (folder == "locked") {
+            folder = m_folder + "/locked";
+            QVERIFY(QDir().mkpath(folder) && QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
+        }
+        if (!folder.isEmpty())
+            writeSettingValue(kProductKey, kDownLoadPath, folder);
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Yes);
+        QPointer<DownLoadDialog> dialog = new DownLoadDialog(nullptr, m_service.httpUrl("/avatar.jpg"), name, 1);
+        QSignalSpy opened(dialog.data(), &DownLoadDialog::onOpenDirectory);
+        QVERIFY(answerer.waitAllAnswered(20000));
+        QTRY_VERIFY(dialog.isNull());
+        QCOMPARE(answerer.seen().size(), 1);
+        QCOMPARE(answerer.seen().first().title, QStringLiteral("下载失败"));
+        QCOMPARE(answerer.seen().first().text,
+                 QStringLiteral("文件无法保存到下载文件夹：%1//%2").arg(folder.isEmpty() ? m_folder : folder, name));
+        QCOMPARE(opened.count(), 0);
+    }
+
+    // An error page is a success, its body what lands in the file.
+    void errorBodyIsKept()
+    {
+        QVERIFY(writeFileBytes(m_folder + "/page.html", "before"));
+        auto* dialog = new DownLoadDialog(nullptr, m_service.httpUrl("/test/status/404"), "page.html", 1);
+        QSignalSpy finished(dialog, &DownLoadDialog::onOpenDirectory);
+        QVERIFY(finished.wait(10000));
+        QCOMPARE(fileBytes(m_folder + "/page.html"), QByteArray("status 404 body"));
     }
 
     // Addresses and names split at "|"; the last name serves the rest.

@@ -101,6 +101,32 @@ private slots:
             QVERIFY2(elapsed >= 9000, qPrintable(QString::number(elapsed)));
     }
 
+    // An answer is read up to 1 MiB: just below, a padded answer still
+    // counts; above, it is not understood (normal start) and is neither
+    // kept whole nor printed.
+    void answerSizeIsBounded_data()
+    {
+        QTest::addColumn<int>("padBytes");
+        QTest::addColumn<bool>("update");
+        QTest::newRow("just below 1 MiB") << (1 << 20) - 200 << true;
+        QTest::newRow("64 MiB") << (64 << 20) << false;
+    }
+    void answerSizeIsBounded()
+    {
+        QFETCH(int, padBytes);
+        QFETCH(bool, update);
+        QVERIFY(m_service.configure({{"newversion", "2.2.0.0"}, {"init-pad-bytes", QString::number(padBytes)}}));
+        setInstalledVersion(QStringLiteral("2.2.0.1"));
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Yes);
+        bool result = !update;
+        const QByteArray printed = captureStdout([&] { result = checkClientVersion(); });
+        QCOMPARE(result, update);
+        QCOMPARE(answerer.seen().size(), update ? 1 : 0);
+        QVERIFY2(printed.size() < (1 << 20) + 200, qPrintable(QString::number(printed.size())));
+        QVERIFY(printed.startsWith(update ? "context:{" : "req failed,network error: "));
+    }
+
     void refusalEndsTheProcess_data()
     {
         QTest::addColumn<TestService::Params>("config");

@@ -44,7 +44,8 @@ public:
 
     // Changes the client-init answer at run time (POST /test/config); names
     // as the command-line options without "--": newversion, init-code,
-    // init-body-raw, init-no-data (0/1), init-delay-ms. "reset" returns to
+    // init-body-raw, init-no-data (0/1), init-delay-ms,
+    // init-pad-bytes (blanks after the answer). "reset" returns to
     // the start-up values first.
     bool configure(const Params& params);
     bool reset() { return configure({{QStringLiteral("reset"), QStringLiteral("1")}}); }

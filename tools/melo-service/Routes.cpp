@@ -114,6 +114,28 @@ void addTestRoutes(httplib::Server& server, ServiceContext& context)
     server.Get("/test/chunked", [&stopping](const httplib::Request& req, httplib::Response& res) {
         sendGeneratedBody(res, sizeParam(req, "bytes", 65536), sizeParam(req, "ms", 0), true, stopping);
     });
+    // Headers and a few bytes of a longer body, then nothing for `ms`.
+    server.Get("/test/stall", [&stopping](const httplib::Request& req, httplib::Response& res) {
+        const size_t bytes = sizeParam(req, "bytes", 16);
+        const int ms = static_cast<int>(sizeParam(req, "ms", 30000));
+        res.set_content_provider(bytes + 1024, kBinary,
+                                 [bytes, ms, &stopping](size_t offset, size_t, httplib::DataSink& sink) {
+                                     if (offset == 0 && !sink.write(std::string(bytes, 's').data(), bytes))
+                                         return false;
+                                     pause(ms, stopping);
+                                     return false;
+                                 });
+    });
+    // A body without end: 1 KiB every 100 ms until the client goes.
+    server.Get("/test/endless", [&stopping](const httplib::Request&, httplib::Response& res) {
+        res.set_chunked_content_provider(kBinary, [&stopping](size_t, httplib::DataSink& sink) {
+            const std::string piece(1024, 'e');
+            if (!sink.write(piece.data(), piece.size()))
+                return false;
+            pause(100, stopping);
+            return !stopping;
+        });
+    });
     server.Post("/test/echo", [](const httplib::Request& req, httplib::Response& res) {
         res.set_content(req.body, kBinary);
     });

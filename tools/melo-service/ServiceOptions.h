@@ -11,6 +11,7 @@ struct InitAnswer {
     std::optional<std::string> bodyRaw;      // sent verbatim instead of JSON
     bool noData = false;                     // {"code":200} without "data"
     int delayMs = 0;                         // wait before answering
+    int padBytes = 0;                        // blanks after the answer
 };
 
 struct ServiceOptions {

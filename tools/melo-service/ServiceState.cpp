@@ -61,6 +61,8 @@ bool ServiceState::configure(const std::multimap<std::string, std::string>& para
             next.noData = value != "0";
         else if (name == "init-delay-ms")
             ok = parseCount(value, &next.delayMs) && next.delayMs >= 0;
+        else if (name == "init-pad-bytes")
+            ok = parseCount(value, &next.padBytes) && next.padBytes >= 0;
         else
             ok = false;
         if (!ok) {
@@ -78,10 +80,10 @@ std::string ServiceState::describe() const
     return "newversion=" + now.newversion + "\ninit-code=" + std::to_string(now.code)
         + "\ninit-body-raw=" + (now.bodyRaw ? *now.bodyRaw : std::string("(none)"))
         + "\ninit-no-data=" + (now.noData ? "1" : "0") + "\ninit-delay-ms=" + std::to_string(now.delayMs)
-        + "\n";
+        + "\ninit-pad-bytes=" + std::to_string(now.padBytes) + "\n";
 }
 
-std::string initAnswerBody(const InitAnswer& init)
+static std::string unpaddedAnswerBody(const InitAnswer& init)
 {
     if (init.bodyRaw)
         return *init.bodyRaw;
@@ -89,4 +91,10 @@ std::string initAnswerBody(const InitAnswer& init)
     if (init.code != 200 || init.noData)
         return code + "}";
     return code + ",\"data\":{\"version\":{\"newversion\":" + jsonString(init.newversion) + "}}}";
+}
+
+std::string initAnswerBody(const InitAnswer& init)
+{
+    // Blanks after a JSON text leave it valid: only its size changes.
+    return unpaddedAnswerBody(init) + std::string(static_cast<size_t>(init.padBytes), ' ');
 }
