@@ -1,0 +1,84 @@
+#include "DocumentTasks.h"
+
+#include "ImageHeaders.h"
+#include "PhotoReader.h"
+
+DocumentTasks::DocumentTasks(QObject* parent) : QObject(parent)
+{
+    // A save and an open (refused meanwhile, but an earlier one may still be
+    // ending), and an open superseded while it decodes.
+    m_pool.setMaxThreadCount(3);
+    m_pool.setExpiryTimeout(-1);
+}
+
+DocumentTasks::~DocumentTasks()
+{
+    waitForDone();
+}
+
+void DocumentTasks::waitForDone()
+{
+    m_pool.waitForDone();
+}
+
+void DocumentTasks::open(const QString& path)
+{
+    const quint64 ticket = ++m_openTicket;
+    m_openPath = path;
+    // Results are handed to this object's thread; the ticket drops those of
+    // an open that a later one replaced.
+    auto deliver = [this, ticket](std::function<void()> emitIt) {
+        QMetaObject::invokeMethod(
+            this,
+            [this, ticket, emitIt] {
+                if (ticket == m_openTicket)
+                    emitIt();
+            },
+            Qt::QueuedConnection);
+    };
+    m_pool.start([this, path, ticket, deliver] {
+        QByteArray bytes;
+        const PhotoReadResult read = readPhotoBytes(path, bytes);
+        if (!read.reason.isEmpty()) {
+            deliver([this, path, reason = read.reason] {
+                m_openPath.clear();
+                emit openFailed(path, reason);
+            });
+            return;
+        }
+        const cv::Mat quick = quickJpegPreview(bytes);
+        if (!quick.empty()) {
+            const auto display = DisplayProfile::forProfile(probeImageHeader(bytes)->iccProfile);
+            const cv::Mat shown = displayPixels(quick, display.get());
+            deliver([this, path, shown] { emit previewReady(path, shown); });
+        }
+        if (ticket != m_openTicket)   // replaced meanwhile: spare the full decode
+            return;
+        const LoadedPhoto loaded = loadPhotoBytes(bytes);
+        deliver([this, path, loaded] {
+            m_openPath.clear();
+            if (loaded.ok())
+                emit opened(path, loaded);
+            else
+                emit openFailed(path, loaded.reason);
+        });
+    });
+}
+
+bool DocumentTasks::save(const SaveJob& job)
+{
+    if (m_saving)
+        return false;
+    m_saving = true;
+    m_pool.start([this, job] {
+        const SaveResult result = runSave(job);
+        QMetaObject::invokeMethod(
+            this,
+            [this, record = job.record, result] {
+                m_saving = false;
+                emit saved(record, result);
+            },
+            Qt::QueuedConnection);
+    });
+    return true;
+}
