@@ -340,7 +340,7 @@ private:
     DocumentTasks* m_tasks = nullptr;            // made on first use
     BusyBanner* m_busyBanner = nullptr;
     QString m_addBtnOpenPath;                    // an open the add button asked for
-    QString m_quickPreviewPath;                  // an open whose quick preview shows
+    bool m_quickPreviewShown = false;            // instead of the document
 
     // -- Tray and delayed close --------------------------------------------
     QSystemTrayIcon* m_trayIcon = nullptr;

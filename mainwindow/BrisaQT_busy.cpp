@@ -107,7 +107,7 @@ void BrisaQT::onQuickPreview(const QString& path, const cv::Mat& shown)
         noShapeImage();
     leaveCompare();
     m_addImageBtn->hide();
-    m_quickPreviewPath = path;
+    m_quickPreviewShown = true;
     showMatOnLabel(m_drawLabel, shown);
     emit photographPreviewShown(path);
 }
@@ -115,7 +115,7 @@ void BrisaQT::onQuickPreview(const QString& path, const cv::Mat& shown)
 void BrisaQT::onPhotoLoaded(const QString& path, const LoadedPhoto& loaded)
 {
     m_document.adoptPhoto(path, loaded);
-    m_quickPreviewPath.clear();
+    m_quickPreviewShown = false;
     setEditingEnabled(true);
     endBusy();
     showOpenedPhotograph();
@@ -127,15 +127,16 @@ void BrisaQT::onPhotoLoadFailed(const QString& path, const QString& reason)
     printf("open: %s cannot be read (%s), the picture stays\n", path.toLocal8Bit().constData(),
            reason.toLocal8Bit().constData());
     fflush(stdout);
-    // The quick preview goes; the previous photograph is shown again.
-    if (m_quickPreviewPath == path) {
+    // A quick preview (of this open or of one it replaced) goes; the
+    // previous photograph is shown again.
+    if (m_quickPreviewShown) {
         if (m_document.hasImage())
             refitImageView();
         else
             m_drawLabel->clear();
         m_addImageBtn->setVisible(!m_document.hasImage());
     }
-    m_quickPreviewPath.clear();
+    m_quickPreviewShown = false;
     setEditingEnabled(true);
     endBusy();
     // The add button's failure warning, once the file proved unreadable.

@@ -5,8 +5,10 @@
 // a quick preview (upright, colour-managed) while the document is still the
 // previous one, then the same document as a direct open of the file.
 #include "BusyBanner.h"
+#include "DocumentTasks.h"
 #include "EditorSession.h"
 #include "FileBytes.h"
+#include "FitRule.h"
 #include "GradingTestSupport.h"
 #include "GuiTestMain.h"
 #include "ModalAnswerer.h"
@@ -207,6 +209,39 @@ private slots:
                         const_cast<uchar*>(shownAtPreview.constBits()), shownAtPreview.bytesPerLine());
         const double mean = cv::norm(a, b, cv::NORM_L1) / double(a.total() * 3);
         QVERIFY2(mean < 2.0, qPrintable(QString::number(mean)));
+    }
+
+    // A second open replaces one whose quick preview shows, and fails: the
+    // first one's results are dropped, and the previous photograph is the
+    // document and the picture again, ready for work.
+    void replacedOpenThenFailureKeepsThePhotograph()
+    {
+        const QString first = placePhoto(QStringLiteral("chelsea.png"), QStringLiteral("人像"));
+        QVERIFY(s().open(first));
+        const QString big = bigPhotograph("big.jpg", cv::Size(6000, 4000));
+        BrisaQT& window = s().window();
+        QSignalSpy preview(&window, &BrisaQT::photographPreviewShown);
+        QSignalSpy ended(&window, &BrisaQT::photographOpenEnded);
+        window.openAdjustment(big);
+        QVERIFY(preview.wait(30000));
+        QVERIFY(ended.isEmpty());
+        window.openAdjustment(placePhoto(QStringLiteral("truncated.jpg"), QStringLiteral("风光")));
+        QVERIFY(ended.wait(30000));
+        QCOMPARE(ended.constLast().at(1).toBool(), false);
+
+        QCOMPARE(s().doc().m_filePath, first);
+        const QImage shown = s().find<MyDrawLabel>("imageView")->pixmap(Qt::ReturnByValue).toImage();
+        QVERIFY(shown.convertToFormat(QImage::Format_RGB888)
+                == matToQImage(s().doc().forDisplay(s().doc().m_showMat)).convertToFormat(QImage::Format_RGB888));
+        QVERIFY(s().find<QWidget>("m_right_down_saveBtn")->isEnabled() && !window.isOpening());
+        // The replaced open ends unheard.
+        auto* tasks = window.findChild<DocumentTasks*>();
+        QVERIFY(tasks);
+        tasks->waitForDone();
+        QCoreApplication::sendPostedEvents(tasks);
+        QCOMPARE(ended.size(), 1);
+        QCOMPARE(preview.size(), 1);
+        QCOMPARE(s().doc().m_filePath, first);
     }
 };
 
