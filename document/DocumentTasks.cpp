@@ -3,6 +3,8 @@
 #include "ImageHeaders.h"
 #include "PhotoReader.h"
 
+#include <QThread>
+
 #include <thread>
 
 DocumentTasks::DocumentTasks(QObject* parent) : QObject(parent)
@@ -48,21 +50,27 @@ void DocumentTasks::open(const QString& path)
             });
             return;
         }
-        // The quick preview is decoded beside the full decode, on a thread of
-        // its own, so it costs the whole open no time on a second core.
-        // Without a thread to spare, there is no quick preview.
+        auto quickPreview = [this, path, bytes, deliver] {
+            const cv::Mat preview = quickJpegPreview(bytes);
+            if (preview.empty())
+                return;
+            const auto display = DisplayProfile::forProfile(probeImageHeader(bytes)->iccProfile);
+            const cv::Mat shown = displayPixels(preview, display.get());
+            deliver([this, path, shown] { emit previewReady(path, shown); });
+        };
+        // With a core to spare beside the GUI thread and the full decode, the
+        // quick preview is decoded on a thread of its own and costs the open
+        // no time. With fewer, it goes first: the three would share the
+        // cores and the first picture would come late.
         std::thread quick;
-        try {
-            quick = std::thread([this, path, bytes, deliver] {
-                const cv::Mat preview = quickJpegPreview(bytes);
-                if (preview.empty())
-                    return;
-                const auto display = DisplayProfile::forProfile(probeImageHeader(bytes)->iccProfile);
-                const cv::Mat shown = displayPixels(preview, display.get());
-                deliver([this, path, shown] { emit previewReady(path, shown); });
-            });
-        } catch (const std::system_error&) {
+        if (QThread::idealThreadCount() > 2) {
+            try {
+                quick = std::thread(quickPreview);
+            } catch (const std::system_error&) {
+            }
         }
+        if (!quick.joinable())
+            quickPreview();
         const LoadedPhoto loaded = loadPhotoBytes(bytes);
         // The preview, when there is one, is handed over before the photograph.
         if (quick.joinable())
