@@ -17,15 +17,35 @@ cv::Rect toCvRect(const QRect& r) { return cv::Rect(r.x(), r.y(), r.width(), r.h
 
 } // namespace
 
+void ImageDocument::takeImages(const LoadedPhoto& loaded)
+{
+    m_srcMat = loaded.photo.pixels;
+    m_iccProfile = loaded.photo.iccProfile;
+    m_exifSegment = loaded.photo.exifSegment;
+    m_display = loaded.display;
+    m_orgMat = m_srcMat;
+    m_lutMat.release();
+    m_showMat = loaded.preview;
+    m_dstMat = m_showMat;
+    m_thumbMat = loaded.thumbnail;
+}
+
 bool ImageDocument::openAdjustment(const QString& path, QString* reason)
 {
-    const int scene = recogniseScene(path, m_sceneIndex);
-    const QString cacheDir = cacheDirectory();
-    if (!loadImageFile(path.toLocal8Bit().constData(), true, reason))
+    return adoptPhoto(path, loadPhoto(path), reason);
+}
+
+bool ImageDocument::adoptPhoto(const QString& path, const LoadedPhoto& loaded, QString* reason)
+{
+    if (!loaded.ok()) {
+        if (reason)
+            *reason = loaded.reason;
         return false;
-    m_sceneIndex = scene;
+    }
+    m_sceneIndex = recogniseScene(path, m_sceneIndex);
     m_filePath = path;
-    m_tempFilePath = tempFilePathFor(cacheDir, path);
+    m_tempFilePath = tempFilePathFor(cacheDirectory(), path);
+    takeImages(loaded);
     // Crops belong to the photograph they were made on.
     m_cropRects.clear();
     return true;
@@ -35,30 +55,24 @@ bool ImageDocument::loadImageFile(const char* path, bool full, QString* reason)
 {
     if (!path)
         return false;
-    PhotoReadResult read = readPhoto(QFile::decodeName(path));
-    if (!read) {
-        if (reason)
-            *reason = read.reason;
-        return false;
-    }
-    const cv::Mat image = read.photo->pixels;
+    const QString name = QFile::decodeName(path);
     if (!full) {
-        m_dstMat = image;
+        PhotoReadResult read = readPhoto(name);
+        if (!read) {
+            if (reason)
+                *reason = read.reason;
+            return false;
+        }
+        m_dstMat = read.photo->pixels;
         return true;
     }
-    const cv::Mat preview = makePreview(image);
-    const cv::Mat thumb = makeThumbnail(preview);
-    if (preview.empty() || thumb.empty())
+    const LoadedPhoto loaded = loadPhoto(name);
+    if (!loaded.ok()) {
+        if (reason)
+            *reason = loaded.reason;
         return false;
-    m_srcMat = image;
-    m_iccProfile = read.photo->iccProfile;
-    m_exifSegment = read.photo->exifSegment;
-    m_display = DisplayProfile::forProfile(m_iccProfile);
-    m_orgMat = m_srcMat;
-    m_lutMat.release();
-    m_showMat = preview;
-    m_dstMat = m_showMat;
-    m_thumbMat = thumb;
+    }
+    takeImages(loaded);
     return true;
 }
 

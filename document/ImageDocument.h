@@ -8,6 +8,7 @@
 #pragma once
 
 #include "DisplayProfile.h"
+#include "PhotoLoading.h"
 #include "SaveJob.h"
 #include "SaveSetting.h"
 
@@ -49,6 +50,10 @@ public:
     // file, unreadable, too large, cut-off or undecodable) the previous
     // photograph stays, untouched, and `reason` says why.
     bool openAdjustment(const QString& path, QString* reason = nullptr);
+    // The second half of openAdjustment, for a photograph loaded elsewhere
+    // (on another thread) from `path`: false, and nothing changes, when
+    // `loaded` failed.
+    bool adoptPhoto(const QString& path, const LoadedPhoto& loaded, QString* reason = nullptr);
 
     // Reads the file at `path` (local 8-bit encoding) with readPhoto. With
     // `full`: source, its profile and EXIF, working copy, preview, display
@@ -85,4 +90,8 @@ public:
 
     // What the screen shows of one of the document's images (see displayPixels).
     cv::Mat forDisplay(const cv::Mat& image) const { return displayPixels(image, m_display.get()); }
+
+private:
+    // Source, profile, EXIF, working copy, preview, display image, thumbnail.
+    void takeImages(const LoadedPhoto& loaded);
 };

@@ -149,12 +149,17 @@ PhotoReadResult decodePhoto(const QByteArray& bytes, qint64 maxPixels)
     return r;
 }
 
-PhotoReadResult readPhoto(const QString& path, qint64 maxPixels)
+PhotoReadResult readPhotoBytes(const QString& path, QByteArray& bytes)
 {
     if (path.isEmpty())
         return failure(PhotoReadError::Unreadable, QStringLiteral("no file name"));
+    return readRegularFile(path, bytes);
+}
+
+PhotoReadResult readPhoto(const QString& path, qint64 maxPixels)
+{
     QByteArray bytes;
-    PhotoReadResult r = readRegularFile(path, bytes);
+    PhotoReadResult r = readPhotoBytes(path, bytes);
     if (!r.reason.isEmpty())
         return r;
     return decodePhoto(bytes, maxPixels);

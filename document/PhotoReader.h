@@ -27,6 +27,11 @@ struct PhotoReadResult {
 
 PhotoReadResult readPhoto(const QString& path, qint64 maxPixels = kMaxPhotoPixels);
 
+// The reading half of readPhoto: the whole file's bytes, with the same
+// refusals (not a regular file, unreadable, too large, empty). The result
+// holds no photo; its reason is empty when `bytes` were read.
+PhotoReadResult readPhotoBytes(const QString& path, QByteArray& bytes);
+
 // Decodes a whole file's bytes as readPhoto does after reading them.
 PhotoReadResult decodePhoto(const QByteArray& bytes, qint64 maxPixels = kMaxPhotoPixels);
 

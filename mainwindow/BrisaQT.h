@@ -21,6 +21,8 @@
 //   BrisaQT_smart.cpp     the smart recommendation and its history
 //   BrisaQT_crop.cpp      the crop tool
 //   BrisaQT_save.cpp      saving at full resolution
+//   BrisaQT_busy.cpp      opening and saving in the background: the busy
+//                         banner, what is refused meanwhile, the results
 //   BrisaQT_thread.cpp    the worker thread's wiring
 #pragma once
 
@@ -34,6 +36,8 @@
 
 #include <memory>
 
+class BusyBanner;
+class DocumentTasks;
 class GradingPanel;
 class MyDrawLabel;
 class MyMousePressLabel;
@@ -78,6 +82,10 @@ public:
     void applyRandom(bool full, bool replay, int strength);
     // The preset buttons' thumbnails and captions for the current scene.
     void refreshPresetThumbnails();
+    // A photograph being read in the background (its preview may show; the
+    // document is still the previous one), or a save being written.
+    bool isOpening() const;
+    bool isSaving() const;
 
 signals:
     // After maximise and restore, once the new size is set: the image view
@@ -86,6 +94,12 @@ signals:
     // Hands a layer to the worker thread (see startThreadSlot); nothing in
     // the program emits it.
     void sendThreadSlot(cv::Mat mat, char* szTempFile, int value, int num);
+    // A background open: its quick preview is on the view; it has ended
+    // (`opened` false: the previous photograph stays).
+    void photographPreviewShown(const QString& path);
+    void photographOpenEnded(const QString& path, bool opened);
+    // A background save has ended and the user has been told.
+    void saveEnded();
 
     // The web pages reach a part of these through PageBridge ("qtui"),
     // never the window itself.
@@ -277,7 +291,8 @@ private:
     void buildImageView();          // BrisaQT_edit.cpp
     void buildSaveBar();            // BrisaQT_edit.cpp
     void layoutEditorTools();       // BrisaQT_edit.cpp, part of layoutEditor
-    bool openPhotograph(const QString& path);  // BrisaQT_document.cpp
+    bool openPhotograph(const QString& path);  // BrisaQT_busy.cpp: starts it
+    void showOpenedPhotograph();               // BrisaQT_document.cpp
     void acceptPhotoDrops();        // BrisaQT_drop.cpp
     void openDroppedPhoto(const QString& path);
     void refitImageView();
@@ -291,6 +306,20 @@ private:
     void buildCropTools();          // BrisaQT_crop.cpp
     void showCroppedImage();
     SaveJob saveJobFor(const setting& st) const;  // BrisaQT_save.cpp
+    void reportSave(const setting& st, const SaveResult& result);
+    DocumentTasks* documentTasks();  // BrisaQT_busy.cpp
+    void showBusy(const QString& text);
+    void setEditingEnabled(bool enabled);
+    void endBusy();
+    // Each shows why and returns true when the request must wait: the
+    // photograph cannot change while a save is written; a save waits for the
+    // save under way and for a photograph still being read.
+    bool photoChangeRefused();
+    bool saveRefused();
+    void onQuickPreview(const QString& path, const cv::Mat& shown);
+    void onPhotoLoaded(const QString& path, const LoadedPhoto& loaded);
+    void onPhotoLoadFailed(const QString& path, const QString& reason);
+    void onSaved(const setting& st, const SaveResult& result);
     void stopWorkerThread();        // BrisaQT_thread.cpp
 
     // -- Editor: widgets ---------------------------------------------------------
@@ -317,6 +346,10 @@ private:
     QTimer* m_saveTimer = nullptr;               // the save delay, one shot
     QThread* m_workerThread = nullptr;
     MyThread* m_worker = nullptr;
+    DocumentTasks* m_tasks = nullptr;            // made on first use
+    BusyBanner* m_busyBanner = nullptr;
+    QString m_addBtnOpenPath;                    // an open the add button asked for
+    bool m_quickPreviewShown = false;            // instead of the document
 
     // -- Tray and delayed close --------------------------------------------
     QSystemTrayIcon* m_trayIcon = nullptr;

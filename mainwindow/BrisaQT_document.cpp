@@ -17,10 +17,11 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 
-#include <cstdio>
 
 void BrisaQT::clickedAddBtn()
 {
+    if (photoChangeRefused())
+        return;
     // The first entry is kept as the product has always shown it, and
     // selected; entries for every photograph the reader opens follow. Lines
     // separate them, since ";;" would swallow the first entry's own ";".
@@ -28,30 +29,25 @@ void BrisaQT::clickedAddBtn()
     const QString path = QFileDialog::getOpenFileName(this, tr("打开文件"), QStringLiteral("./"),
                                                       filters.join(QLatin1Char('\n')));
     // A cancelled dialog counts as a failure; so does a file that cannot be
-    // read, which leaves the button for another try. An opened photograph
-    // hides the button.
-    if (path.isEmpty() || !openPhotograph(path))
+    // read (told once it has been tried), which leaves the button for another
+    // try. An opened photograph hides the button.
+    if (path.isEmpty()) {
         QMessageBox::warning(this, tr("警告"), tr("打开图片失败!"), QMessageBox::Ok);
+        return;
+    }
+    m_addBtnOpenPath = path;
+    openPhotograph(path);
 }
 
 void BrisaQT::openAdjustment(QString szTemp)
 {
+    m_addBtnOpenPath.clear();
     openPhotograph(szTemp);
 }
 
-bool BrisaQT::openPhotograph(const QString& path)
+// The document has taken over a photograph: the editor follows.
+void BrisaQT::showOpenedPhotograph()
 {
-    // A RAW or HEIC photograph takes a moment to develop.
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    QString reason;
-    const bool opened = m_document.openAdjustment(path, &reason);
-    QApplication::restoreOverrideCursor();
-    if (!opened) {
-        printf("open: %s cannot be read (%s), the picture stays\n", path.toLocal8Bit().constData(),
-               reason.toLocal8Bit().constData());
-        fflush(stdout);
-        return false;
-    }
     if (m_cropActive)
         noShapeImage();
     {
@@ -66,7 +62,6 @@ bool BrisaQT::openPhotograph(const QString& path)
     refreshPresetThumbnails();
     m_toolStrip->show();
     m_addImageBtn->hide();
-    return true;
 }
 
 bool BrisaQT::loadImageFile(const char* path, bool full)

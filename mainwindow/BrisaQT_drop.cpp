@@ -48,6 +48,7 @@ void BrisaQT::openDroppedPhoto(const QString& path)
     // first); from there as the add button opens a photograph.
     if (!m_myWidget->isVisible())
         clickedRefreshBtn();
-    if (!openPhotograph(path))
-        QMessageBox::warning(this, tr("警告"), tr("打开图片失败!"), QMessageBox::Ok);
+    // A file that proves unreadable is told as the add button's is.
+    m_addBtnOpenPath = path;
+    openPhotograph(path);
 }

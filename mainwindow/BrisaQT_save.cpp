@@ -2,10 +2,13 @@
 // dialog close and the window repaint, then the full-resolution image is
 // graded as the view shows it, the crops are replayed and the file written.
 // The slots only take a snapshot of the document and the panel; the work is
-// runSave's, and the user is told the truth about the outcome.
+// runSave's, on a thread of its own so the window keeps painting, and the
+// user is told the truth about the outcome once it has ended.
 #include "BrisaQT.h"
 
+#include "DocumentTasks.h"
 #include "GradingPanel.h"
+#include "ImagePreview.h"
 #include "ImageSaver.h"
 #include "NoticeBox.h"
 #include "SaveDialog.h"
@@ -26,6 +29,8 @@ void BrisaQT::clickedSaveBtn()
         showNotice(QStringLiteral("保存文件失败！还没有打开图片。"));
         return;
     }
+    if (saveRefused())
+        return;
     auto* dialog = new SaveDialog(this, m_document.m_filePath, true);
     connect(dialog, &SaveDialog::onSaveFile, this, &BrisaQT::start_timer_event);
     dialog->exec();
@@ -34,6 +39,8 @@ void BrisaQT::clickedSaveBtn()
 
 void BrisaQT::start_timer_event(setting& st)
 {
+    if (saveRefused())
+        return;
     m_saveSetting = st;
     if (!m_saveTimer) {
         m_saveTimer = new QTimer(this);
@@ -68,7 +75,20 @@ bool BrisaQT::save_settingFile(setting& st)
         showNotice(QStringLiteral("保存文件失败！还没有打开图片。"));
         return false;
     }
-    const SaveResult result = runSave(saveJobFor(st));
+    if (st.interactive == 0) {
+        // The display image is small: written at once.
+        reportSave(st, runSave(saveJobFor(st)));
+        return false;
+    }
+    if (saveRefused())
+        return false;
+    documentTasks()->save(saveJobFor(st));
+    showBusy(QStringLiteral("正在保存 %1 …").arg(fileNameOf(saveTargetFor(st).filePath)));
+    return false;
+}
+
+void BrisaQT::reportSave(const setting& st, const SaveResult& result)
+{
     // The full-resolution work is done: the working result is the source again.
     m_document.m_orgMat = m_document.m_srcMat;
     if (result.status == SaveStatus::WriteFailed) {
@@ -83,7 +103,6 @@ bool BrisaQT::save_settingFile(setting& st)
             showNotice(saveFailureNotice(result));
         openDownLoadDirectory();
     }
-    return false;
 }
 
 // A silent save of the display image into the cache folder.

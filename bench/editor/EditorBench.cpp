@@ -8,6 +8,7 @@
 #include <QAbstractButton>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTest>
 #include <QThread>
@@ -87,6 +88,31 @@ double medianMs(int runs, const std::function<void()>& work)
         times.push_back(double(clock.nsecsElapsed()) / 1e6);
     }
     return median(times);
+}
+
+double openAndWait(BrisaQT& window, const QString& path, double* firstPictureMs)
+{
+    QElapsedTimer clock;
+    double first = -1;
+    double end = -1;
+    bool opened = false;
+    const QMetaObject::Connection shown = QObject::connect(&window, &BrisaQT::photographPreviewShown, [&] {
+        first = double(clock.nsecsElapsed()) / 1e6;
+    });
+    const QMetaObject::Connection ended = QObject::connect(&window, &BrisaQT::photographOpenEnded,
+                                                           [&](const QString&, bool ok) {
+        end = double(clock.nsecsElapsed()) / 1e6;
+        opened = ok;
+    });
+    QSignalSpy spy(&window, &BrisaQT::photographOpenEnded);
+    clock.start();
+    window.openAdjustment(path);
+    spy.wait(60000);
+    QObject::disconnect(shown);
+    QObject::disconnect(ended);
+    if (firstPictureMs)
+        *firstPictureMs = first < 0 ? end : first;
+    return opened ? end : -1;
 }
 
 void checkPreset(BrisaQT& window, const char* name)

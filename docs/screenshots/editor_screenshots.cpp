@@ -31,7 +31,7 @@ int main(int argc, char* argv[])
     }
     const QString out = QString::fromLocal8Bit(argv[1]);
     EditorSession session;
-    session.window().openAdjustment(placePhoto(QStringLiteral("chelsea.png"), QStringLiteral("动物鸟类")));
+    session.open(placePhoto(QStringLiteral("chelsea.png"), QStringLiteral("动物鸟类")));
     session.find<QAbstractButton>("topPreset1")->click();
     session.find<QAbstractButton>("downPreset2")->click();
     session.find<MySlider>("downSlider")->setValue(80);

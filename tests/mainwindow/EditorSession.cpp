@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <cstdlib>
@@ -57,3 +58,10 @@ EditorSession::EditorSession()
 }
 
 EditorSession::~EditorSession() = default;
+
+bool EditorSession::open(const QString& path)
+{
+    QSignalSpy ended(m_window.get(), &BrisaQT::photographOpenEnded);
+    m_window->openAdjustment(path);
+    return ended.wait(30000) && ended.constLast().at(1).toBool();
+}

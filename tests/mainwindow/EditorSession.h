@@ -35,6 +35,9 @@ public:
     BrisaQT& window() { return *m_window; }
     const ImageDocument& doc() const { return m_window->document(); }
     const QString& saveFolder() const { return m_saveFolderPath; }
+    // Opens a photograph as the gallery hands it over and waits until the
+    // background open has ended; true when it was opened.
+    bool open(const QString& path);
 
     template <typename T>
     T* find(const char* name) const

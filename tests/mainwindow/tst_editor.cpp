@@ -17,6 +17,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QSignalSpy>
 #include <QTest>
 
 
@@ -55,8 +56,7 @@ class TestEditor : public QObject
     bool shows(const cv::Mat& mat) { return samePicture(view()->pixmap(Qt::ReturnByValue).toImage(), matToQImage(mat)); }
     void open(const QString& sample, const QString& folder)
     {
-        s().window().openAdjustment(placePhoto(sample, folder));
-        QVERIFY(!s().doc().m_showMat.empty());
+        QVERIFY(s().open(placePhoto(sample, folder)));
     }
 
 private slots:
@@ -126,8 +126,10 @@ private slots:
         QFile::rename(presetFilePath(3, 5), presetFilePath(3, 5) + ".away");
         const QString path = placePhoto(QStringLiteral("coffee.png"), QStringLiteral("黑白影调"));
         answerer.chooseFile(path);
+        QSignalSpy opened(&s().window(), &BrisaQT::photographOpenEnded);
         button("addImageBtn")->click();
         QVERIFY(answerer.waitAllAnswered());
+        QVERIFY(!opened.isEmpty() || opened.wait(30000));
         QFile::rename(presetFilePath(3, 5) + ".away", presetFilePath(3, 5));
         QCOMPARE(answerer.seen().size(), 3);   // no warning this time
         QCOMPARE(s().doc().m_filePath, path);
@@ -140,7 +142,7 @@ private slots:
         QVERIFY(s().find<MyDrawLutButton>("midPreset1")->thumbnail().isNull());   // file 5 was away
 
         const qint64 shown = view()->pixmap(Qt::ReturnByValue).cacheKey();
-        s().window().openAdjustment(placePhoto(QStringLiteral("truncated.jpg"), QStringLiteral("人像")));
+        QVERIFY(!s().open(placePhoto(QStringLiteral("truncated.jpg"), QStringLiteral("人像"))));
         QVERIFY(s().doc().m_filePath == path && view()->pixmap(Qt::ReturnByValue).cacheKey() == shown);
         QCOMPARE(answerer.unexpectedCount(), 0);
     }

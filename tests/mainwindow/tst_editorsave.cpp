@@ -48,7 +48,7 @@ private slots:
     {
         QFETCH(QString, format);
         QFETCH(bool, smart);
-        s().window().openAdjustment(placePhoto(QStringLiteral("coffee.png"), QStringLiteral("自然景观")));
+        QVERIFY(s().open(placePhoto(QStringLiteral("coffee.png"), QStringLiteral("自然景观"))));
         RandomPick pick{0, -1, -1, 0};
         if (smart) {
             std::srand(seedForDraws(&pick, 1));
