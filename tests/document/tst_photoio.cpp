@@ -289,10 +289,14 @@ private slots:
             QVERIFY(QDir().mkpath(p));
         else if (file == "bomb.png") {
             QByteArray png = fileBytes(kSamples + "coffee.png");
-            qToBigEndian<quint32>(20000, png.data() + 16);
-            qToBigEndian<quint32>(20000, png.data() + 20);
-            qToBigEndian<quint32>(quint32(crc32(0, reinterpret_cast<const Bytef*>(png.constData() + 12), 17)),
-                                  png.data() + 29);
+            QVERIFY(png.size() > 33);
+            const auto bigEndian = [](quint32 value) {
+                const quint32 stored = qToBigEndian(value);
+                return QByteArray(reinterpret_cast<const char*>(&stored), 4);
+            };
+            // IHDR claims 20000 x 20000; its CRC is made to match.
+            png.replace(16, 4, bigEndian(20000)).replace(20, 4, bigEndian(20000));
+            png.replace(29, 4, bigEndian(quint32(crc32(0, reinterpret_cast<const Bytef*>(png.constData() + 12), 17))));
             QVERIFY(writeFileBytes(p, png));
         } else if (file == "bomb.jpg") {
             QByteArray jpeg = fileBytes(kSamples + "rocket.jpg");

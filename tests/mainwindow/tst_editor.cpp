@@ -84,7 +84,7 @@ private slots:
             cv::cvtColor(colour, rgba, cv::COLOR_BGR2BGRA);
             rgba(cv::Rect(0, 0, colour.cols, colour.rows / 2)).forEach<cv::Vec4b>([](cv::Vec4b& p, const int*) { p[3] = 90; });
             QVERIFY(cv::imwrite((QDir::tempPath() + "/rgba.png").toStdString(), rgba));
-            s().window().openAdjustment(QDir::tempPath() + "/rgba.png");
+            QVERIFY(s().open(QDir::tempPath() + "/rgba.png"));
             QCOMPARE(s().doc().m_showMat.channels(), 4);
         } else {
             open(sample, QStringLiteral("人像"));

@@ -97,7 +97,7 @@ private slots:
         QFETCH(int, depth);
         const QString path = makePhoto(format);
         QVERIFY(!path.isEmpty());
-        s().window().openAdjustment(path);
+        QVERIFY(s().open(path));
         QCOMPARE(s().doc().m_filePath, path);
         QCOMPARE(s().doc().m_srcMat.cols, 600);
         QCOMPARE(s().doc().m_srcMat.rows, 400);

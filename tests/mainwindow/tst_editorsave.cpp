@@ -132,7 +132,7 @@ private slots:
             QCOMPARE(answerer.seen().size(), 1);
             return;
         }
-        s().window().openAdjustment(placePhoto(QStringLiteral("astronaut.png"), QStringLiteral("人像")));
+        QVERIFY(s().open(placePhoto(QStringLiteral("astronaut.png"), QStringLiteral("人像"))));
         const QString folder = where == "full" ? disk.path() : s().saveFolder() + "/gone";
         QVERIFY(where != "full" || writeFileBytes(folder + "/a.tiff", "earlier"));
         setting st;

@@ -37,7 +37,7 @@ class TestShortcuts : public QObject
             QVERIFY(answerer.waitAllAnswered());
         }
         if (where == Where::Photo || where == Where::Cropping) {
-            s().window().openAdjustment(placePhoto(QStringLiteral("coffee.png"), QStringLiteral("自然景观")));
+            QVERIFY(s().open(placePhoto(QStringLiteral("coffee.png"), QStringLiteral("自然景观"))));
             QVERIFY(s().doc().hasImage());
         }
         if (where == Where::Cropping)
