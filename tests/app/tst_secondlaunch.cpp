@@ -2,21 +2,12 @@
 // test's display: it exits with 1 and shows nothing, after bringing the
 // running copy's window back; copies of different users run side by side.
 #include "BringForward.h"
-#include "FileBytes.h"
 #include "ProgramWindows.h"
 
-#include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWidget>
-
-#include <xcb/xcb.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <vector>
 
 namespace {
 
@@ -25,11 +16,7 @@ namespace {
 bool iconify(const QString& window)
 {
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    const char name[] = "WM_STATE";
-    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
-        connection, xcb_intern_atom(connection, 0, std::strlen(name), name), nullptr);
-    const xcb_atom_t wmState = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
-    std::free(reply);
+    const xcb_atom_t wmState = internAtom(connection, "WM_STATE");
     const xcb_window_t id = window.toUInt();
     const uint32_t iconic[2] = {3 /* IconicState */, XCB_NONE};
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, id, wmState, wmState, 32, 2, iconic);
@@ -40,33 +27,22 @@ bool iconify(const QString& window)
     return sent;
 }
 
-QString logPath(size_t i) { return QDir::tempPath() + QStringLiteral("/second-launch-%1.log").arg(i); }
-
 } // namespace
 
 class TestSecondLaunch : public QObject
 {
     Q_OBJECT
 
-    std::vector<std::unique_ptr<QProcess>> m_processes;
+    ProgramRuns m_runs{QStringLiteral("second-launch")};
 
     // A copy of the program for the user whose runtime folder is given
-    // (empty: the test's own). Nothing listens at the service address: the
-    // version check finds no service and lets the program start.
+    // (empty: the test's own).
     QProcess* startMelo(const QString& runtimeFolder = QString())
     {
-        auto process = std::make_unique<QProcess>();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("MELO_SERVICE_HTTPS"), QStringLiteral("https://127.0.0.1:9"));
-        env.insert(QStringLiteral("MELO_SERVICE_HTTP"), QStringLiteral("http://127.0.0.1:9"));
+        QProcessEnvironment env;
         if (!runtimeFolder.isEmpty())
             env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeFolder);
-        process->setProcessEnvironment(env);
-        process->setProcessChannelMode(QProcess::MergedChannels);
-        process->setStandardOutputFile(logPath(m_processes.size()));
-        process->start(QStringLiteral(MELO_EXE), QStringList());
-        m_processes.push_back(std::move(process));
-        return m_processes.back().get();
+        return m_runs.start(QStringLiteral(MELO_EXE), env);
     }
 
     static bool exitedWith1(QProcess* process)
@@ -79,18 +55,7 @@ class TestSecondLaunch : public QObject
 private slots:
     void initTestCase() { QVERIFY2(!qgetenv("DISPLAY").isEmpty(), "runs on an X display (xvfb-run)"); }
 
-    void cleanup()
-    {
-        for (size_t i = 0; i < m_processes.size(); ++i) {
-            m_processes[i]->terminate();
-            if (!m_processes[i]->waitForFinished(20000))
-                m_processes[i]->kill();
-            m_processes[i]->waitForFinished(10000);
-            if (QTest::currentTestFailed())
-                qWarning().noquote() << "program" << i << "said:" << fileBytes(logPath(i));
-        }
-        m_processes.clear();
-    }
+    void cleanup() { m_runs.endAll(true); }
 
     // The first copy is minimised; the second shows no window of its own,
     // exits 1, and the first is visible again with the keyboard focus.

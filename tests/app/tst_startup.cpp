@@ -15,15 +15,10 @@
 #include <QUrl>
 #include <QTest>
 
-#include <xcb/xcb.h>
-
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <memory>
-#include <vector>
 
 namespace {
 
@@ -65,15 +60,6 @@ bool showsWindow(QProcess* process)
 // Asks a window to close the way a window manager does (WM_DELETE_WINDOW):
 // aimed at that window alone, unlike key presses, which go wherever the
 // keyboard focus is on the display all tests share.
-xcb_atom_t internAtom(xcb_connection_t* connection, const char* name)
-{
-    xcb_intern_atom_reply_t* reply =
-        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, std::strlen(name), name), nullptr);
-    const xcb_atom_t value = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
-    std::free(reply);
-    return value;
-}
-
 bool requestClose(const QString& window)
 {
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
@@ -142,7 +128,6 @@ QString perUserMarker()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/MELO/marker");
 }
-QString logPath(size_t i) { return QDir::tempPath() + QStringLiteral("/melo-%1.log").arg(i); }
 
 // A 7-Zip archive, names encrypted too, whose top folder is "MELO".
 bool makePresetArchive(const QString& archive, const QString& password)
@@ -162,27 +147,19 @@ class TestStartup : public QObject
 {
     Q_OBJECT
 
-    std::vector<std::unique_ptr<QProcess>> m_processes;
+    ProgramRuns m_runs{QStringLiteral("melo")};
 
-    // Nothing listens at the default service address: the version check
-    // finds no service and lets the program start.
-    QProcess* startMelo(const QString& program = QStringLiteral(MELO_EXE),
-                        const QString& serviceHttps = QStringLiteral("https://127.0.0.1:9"),
-                        const QString& serviceHttp = QStringLiteral("http://127.0.0.1:9"),
-                        const QString& path = QString())
+    QProcess* startMelo(const QString& program = QStringLiteral(MELO_EXE), const QString& serviceHttps = QString(),
+                        const QString& serviceHttp = QString(), const QString& path = QString())
     {
-        auto process = std::make_unique<QProcess>();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("MELO_SERVICE_HTTPS"), serviceHttps);
-        env.insert(QStringLiteral("MELO_SERVICE_HTTP"), serviceHttp);
+        QProcessEnvironment env;
+        if (!serviceHttps.isEmpty())
+            env.insert(QStringLiteral("MELO_SERVICE_HTTPS"), serviceHttps);
+        if (!serviceHttp.isEmpty())
+            env.insert(QStringLiteral("MELO_SERVICE_HTTP"), serviceHttp);
         if (!path.isEmpty())
-            env.insert(QStringLiteral("PATH"), path + ":" + env.value(QStringLiteral("PATH")));
-        process->setProcessEnvironment(env);
-        process->setProcessChannelMode(QProcess::MergedChannels);
-        process->setStandardOutputFile(logPath(m_processes.size()));
-        process->start(program, QStringList());
-        m_processes.push_back(std::move(process));
-        return m_processes.back().get();
+            env.insert(QStringLiteral("PATH"), path + ":" + qEnvironmentVariable("PATH"));
+        return m_runs.start(program, env);
     }
 
     // The stand-in service serving the probe pages, naming the installed
@@ -198,13 +175,7 @@ private slots:
 
     void cleanup()
     {
-        for (size_t i = 0; i < m_processes.size(); ++i) {
-            m_processes[i]->kill();
-            m_processes[i]->waitForFinished(10000);
-            if (QTest::currentTestFailed())
-                qWarning().noquote() << "program" << i << "said:" << fileBytes(logPath(i));
-        }
-        m_processes.clear();
+        m_runs.endAll(false);
         for (const char* name : {kInstallLocation, kDisplayVersion, kDownLoadPath})
             removeSettingValue(kProductKey, name);
         QDir(presetFolder()).removeRecursively();
@@ -220,8 +191,8 @@ private slots:
         QVERIFY(second->state() == QProcess::NotRunning && second->exitStatus() == QProcess::NormalExit);
         QCOMPARE(second->exitCode(), 1);
 
-        m_processes.front()->kill();
-        QVERIFY(m_processes.front()->waitForFinished(10000));
+        m_runs.first()->kill();
+        QVERIFY(m_runs.first()->waitForFinished(10000));
         for (int i = 0; i < 2; ++i) {  // after the kill, then after a normal exit
             QProcess* next = startMelo();
             QVERIFY(showsWindow(next));

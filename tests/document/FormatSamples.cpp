@@ -5,6 +5,7 @@
 #include <libheif/heif.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QtEndian>
 #include <QTemporaryDir>
@@ -168,6 +169,25 @@ QByteArray makeDng(const cv::Mat& upright, int orientation, const CameraExif& ex
         details.ascii(0xa434, exif.lens);
     ifd.subDirectory(34665, details);
     return tiffFile(ifd);
+}
+
+bool writeFormatSample(const QString& path, const cv::Mat& upright, int orientation)
+{
+    const QString format = QFileInfo(path).suffix().toLower();
+    if (format == QLatin1String("webp"))
+        return writeWebp(path, upright);
+    if (format == QLatin1String("heic") || format == QLatin1String("avif")) {
+        HeifSample sample;
+        sample.avif = format == QLatin1String("avif");
+        sample.orientation = orientation;
+        return writeHeif(path, upright, sample);
+    }
+    CameraExif exif;
+    exif.make = "Melo Optics";
+    exif.model = "Test Body 24";
+    const QByteArray dng = makeDng(upright, orientation, exif);
+    QFile file(path);
+    return !dng.isEmpty() && file.open(QIODevice::WriteOnly) && file.write(dng) == dng.size();
 }
 
 double meanColourDifference(const cv::Mat& a, const cv::Mat& b)

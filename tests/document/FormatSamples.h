@@ -39,6 +39,11 @@ bool writeWebp(const QString& path, const cv::Mat& bgr);
 // correct development gives the photo back.
 QByteArray makeDng(const cv::Mat& upright, int orientation, const CameraExif& exif);
 
+// `upright` written in the format the name's extension says ("heic", "avif",
+// "webp", else a DNG of a camera that records its name only), stored turned
+// by `orientation` where the format has one. False when the writer refused.
+bool writeFormatSample(const QString& path, const cv::Mat& upright, int orientation);
+
 // Mean absolute difference per channel value, on the 8-bit scale, after
 // both images are reduced 4 times (demosaic and compression work on edges;
 // colours are what is compared).

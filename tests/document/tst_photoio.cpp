@@ -208,14 +208,7 @@ private slots:
         QVERIFY(meanDifference(shown, rocket.photo->pixels) > 3.0);
 
         // With alpha: the colours converted alike, the alpha untouched.
-        const cv::Mat rgba = withAlphaRamp(rocket.photo->pixels);
-        cv::Mat colour, alpha;
-        const cv::Mat shownRgba = display->toSrgb(rgba);
-        cv::cvtColor(shownRgba, colour, cv::COLOR_BGRA2BGR);
-        cv::extractChannel(shownRgba, alpha, 3);
-        cv::Mat sourceAlpha;
-        cv::extractChannel(rgba, sourceAlpha, 3);
-        QVERIFY(samePixels(colour, shown) && samePixels(alpha, sourceAlpha));
+        QVERIFY(samePixels(display->toSrgb(withAlphaRamp(rocket.photo->pixels)), withAlphaRamp(shown)));
 
         QVERIFY(!DisplayProfile::forProfile(fileBytes(kSrgb)));
         QVERIFY(!DisplayProfile::forProfile(QByteArray()));

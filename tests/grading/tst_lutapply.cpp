@@ -27,25 +27,21 @@ LutRgb wild(float r, float g, float b)
             1.2f - 1.5f * b + 0.4f * std::sin(13 * g)};
 }
 
-// Applies with the given implementation (the chosen one if the processor
-// lacks it).
-cv::Mat applyWithPath(LutPath path, const cv::Mat& image, const QByteArray& file)
+// Runs `apply` with the given implementation (the chosen one if the
+// processor lacks it), then restores the one before.
+template <typename Apply>
+cv::Mat withPath(LutPath path, Apply apply)
 {
     const LutPath before = lutPath();
     setLutPath(path);
-    cv::Mat out = applyLutFile(image, file.constData());
+    cv::Mat out = apply();
     setLutPath(before);
     return out;
 }
 
-// With the given implementation, as applyWithPath.
-cv::Mat applyKernelWithPath(LutPath path, const cv::Mat& image, const LutKernel& kernel)
+cv::Mat applyWithPath(LutPath path, const cv::Mat& image, const QByteArray& file)
 {
-    const LutPath before = lutPath();
-    setLutPath(path);
-    cv::Mat out = applyLut(image, kernel);
-    setLutPath(before);
-    return out;
+    return withPath(path, [&] { return applyLutFile(image, file.constData()); });
 }
 
 // 16-bit colours from every pairing of levels per channel: equal, rising and
@@ -159,17 +155,17 @@ private slots:
                                   photograph16("chelsea.png"), photograph16("logo.png"), logo};
         for (const cv::Mat& image : images) {
             const cv::Mat expected = applyLutReference(image, *lut);
-            const cv::Mat out = applyKernelWithPath(path, image, *kernel);
+            const auto kernelWithPath = [&](const cv::Mat& in) {
+                return withPath(path, [&] { return applyLut(in, *kernel); });
+            };
+            const cv::Mat out = kernelWithPath(image);
             QCOMPARE(out.type(), image.type());
             QVERIFY(sameImage(out, expected));
             const cv::Rect region(3, 1, image.cols - 10, image.rows - 2);
-            QVERIFY(sameImage(applyKernelWithPath(path, image(region), *kernel), expected(region)));
+            QVERIFY(sameImage(kernelWithPath(image(region)), expected(region)));
             if (image.channels() == 4) {
                 cv::Mat inPlace = image.clone(), alpha, alphaAfter;
-                const LutPath before = lutPath();
-                setLutPath(path);
-                applyLutInto(inPlace, *kernel, inPlace);
-                setLutPath(before);
+                withPath(path, [&] { applyLutInto(inPlace, *kernel, inPlace); return inPlace; });
                 QVERIFY(sameImage(inPlace, expected));
                 cv::extractChannel(image, alpha, 3);
                 cv::extractChannel(out, alphaAfter, 3);

@@ -40,15 +40,6 @@ Run meloGrade(const QStringList& arguments)
     return run;
 }
 
-// A camera that records its name only.
-CameraExif cameraWithoutDetails()
-{
-    CameraExif exif;
-    exif.make = "Melo Optics";
-    exif.model = "Test Body 24";
-    return exif;
-}
-
 // The same with standard error (and input and output) on a terminal.
 Run meloGradeOnTerminal(const QStringList& arguments)
 {
@@ -148,17 +139,7 @@ private slots:
         QFETCH(bool, cut);
         const cv::Mat photo = cv::imread((kSamples + "/coffee.png").toStdString(), cv::IMREAD_COLOR);
         const QString input = m_dir.filePath("coffee." + format);
-        if (format == "webp") {
-            QVERIFY(writeWebp(input, photo));
-        } else if (format == "dng") {
-            QFile file(input);
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(makeDng(photo, 6, cameraWithoutDetails())) > 0);
-        } else {
-            HeifSample sample;
-            sample.avif = format == "avif";
-            sample.orientation = 6;
-            QVERIFY(writeHeif(input, photo, sample));
-        }
+        QVERIFY(writeFormatSample(input, photo, 6));
         if (cut)
             QVERIFY(QFile::resize(input, QFileInfo(input).size() / 2));
         // The same grade of the photo read from its PNG is the reference.

@@ -30,27 +30,7 @@ QString makePhoto(const QString& format)
     const QString dir = QDir::tempPath() + QStringLiteral("/photos/风光");
     QDir().mkpath(dir);
     const QString path = dir + QStringLiteral("/coffee.") + format;
-    bool ok = false;
-    if (format == QLatin1String("heic") || format == QLatin1String("avif")) {
-        HeifSample sample;
-        sample.avif = format == QLatin1String("avif");
-        sample.orientation = 6;
-        ok = writeHeif(path, photo, sample);
-    } else if (format == QLatin1String("webp")) {
-        ok = writeWebp(path, photo);
-    } else {
-        CameraExif exif;
-        exif.make = "Melo Optics";
-        exif.model = "Test Body 24";
-        exif.exposureSeconds = 1.0 / 60;
-        exif.fNumber = 4;
-        exif.iso = 200;
-        exif.focalLengthMm = 50;
-        QFile file(path);
-        const QByteArray dng = makeDng(photo, 6, exif);
-        ok = file.open(QIODevice::WriteOnly) && file.write(dng) == dng.size();
-    }
-    return ok ? path : QString();
+    return writeFormatSample(path, photo, 6) ? path : QString();
 }
 
 // Drags `urls` over `target` and drops them; true when the drop was taken.

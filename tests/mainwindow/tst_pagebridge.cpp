@@ -308,44 +308,38 @@ private slots:
 
     // A page's bad avatar address costs only the avatar: the user is still
     // shown logged in, with name and balance, and nothing is downloaded.
-    void badAvatarAddressStillLogsIn_data()
+    // Page text is shown as it is: markup in a name or a balance is not
+    // rendered (no red, no picture), neither in the title bar nor the panel.
+    void userFromThePage_data()
     {
         QTest::addColumn<QString>("avatar");
-        QTest::newRow("relative") << "/avatar.jpg";
-        QTest::newRow("local file") << "file:///etc/hostname";
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("count");
+        const QString red = QStringLiteral("<span style=\"background-color:#ff0000\">MMMM</span>");
+        QTest::newRow("relative avatar") << "/avatar.jpg" << "小红" << "7";
+        QTest::newRow("local file avatar") << "file:///etc/hostname" << "小红" << "7";
+        QTest::newRow("markup") << "x.png" << red + "<img src=\"file:///etc/x.png\">" << red;
     }
-    void badAvatarAddressStillLogsIn()
+    void userFromThePage()
     {
         QFETCH(QString, avatar);
+        QFETCH(QString, name);
+        QFETCH(QString, count);
         QVERIFY(m_win.open());
         ModalAnswerer answerer;  // nothing may ask anything
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^qtui: avatar skipped")));
-        js(home(), QStringLiteral("qtui.recieveJsMessageUser('%1', '小红', '7', '42')").arg(avatar));
+        js(home(), QStringLiteral("qtui.recieveJsMessageUser('%1', '%2', '%3', '42')").arg(avatar, name, count));
+        auto* title = widget<QLabel>("userNameLabel");
         QTRY_VERIFY(widget("userFrame")->isVisible());
         QVERIFY(!widget("loginBtn")->isVisible());
-        QCOMPARE(widget<QLabel>("userNameLabel")->text(), QStringLiteral("小红"));
-        QCOMPARE(panel()->findChild<QLabel*>("numLabel")->text(), QStringLiteral("修图卷:7"));
-        QCOMPARE(PageInterface::currentUserId(), 42);
-        QVERIFY(m_win.window().findChildren<QDialog*>(QStringLiteral("DownLoadDialog")).isEmpty());
-        QCOMPARE(answerer.seen().size(), 0);
-    }
-
-    // Page text is shown as it is: markup in a name or a balance is not
-    // rendered (no red, no picture), neither in the title bar nor the panel.
-    void pageTextIsPlain()
-    {
-        QVERIFY(m_win.open());
-        const QString name = QStringLiteral("<span style=\"background-color:#ff0000\">MMMM</span><img src=\"file:///etc/x.png\">");
-        const QString count = QStringLiteral("<span style=\"background-color:#ff0000\">MMMM</span>");
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^qtui: avatar skipped")));
-        js(home(), QStringLiteral("qtui.recieveJsMessageUser('x.png', '%1', '%2', '')").arg(name, count));
-        auto* title = widget<QLabel>("userNameLabel");
-        QTRY_VERIFY(title->isVisible());
         const auto* panelName = panel()->findChild<QLabel*>("nameLabel");
         const auto* panelCount = panel()->findChild<QLabel*>("numLabel");
         QCOMPARE(title->text(), name);
         QCOMPARE(panelName->text(), name);
         QCOMPARE(panelCount->text(), QStringLiteral("修图卷:") + count);
+        QCOMPARE(PageInterface::currentUserId(), 42);
+        QVERIFY(m_win.window().findChildren<QDialog*>(QStringLiteral("DownLoadDialog")).isEmpty());
+        QCOMPARE(answerer.seen().size(), 0);
         for (const QLabel* label : {static_cast<const QLabel*>(title), panelName, panelCount}) {
             const QImage shown = const_cast<QLabel*>(label)->grab().toImage().convertToFormat(QImage::Format_RGB32);
             int red = 0;

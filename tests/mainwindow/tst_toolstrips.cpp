@@ -32,16 +32,14 @@ private slots:
         QTest::addColumn<bool>("column");
         QTest::addColumn<bool>("viewNarrowed");
         const QList<QSize> previews{{1200, 900}, {1200, 675}, {743, 990}, {1200, 1200}};
-        // Which arrangement each takes; only the small window ever narrows
-        // the view.
-        const QList<bool> largeColumn{true, false, true, true};
-        const QList<bool> smallColumn{true, false, true, true};
-        const QList<bool> smallNarrowed{true, false, false, false};
+        // Which arrangement each takes, the same in both windows; only the
+        // small window ever narrows the view.
+        const QList<bool> column{true, false, true, true}, smallNarrowed{true, false, false, false};
         for (int i = 0; i < previews.size(); ++i) {
             const QSize p = previews[i];
             const QByteArray name = QByteArray::number(p.width()) + "x" + QByteArray::number(p.height());
-            QTest::newRow("large " + name) << kLargeArea << p << largeColumn[i] << false;
-            QTest::newRow("small " + name) << kSmallArea << p << smallColumn[i] << smallNarrowed[i];
+            QTest::newRow("large " + name) << kLargeArea << p << column[i] << false;
+            QTest::newRow("small " + name) << kSmallArea << p << column[i] << smallNarrowed[i];
         }
         QTest::newRow("large, short and wide") << kLargeArea << QSize(1200, 300) << false << false;
         QTest::newRow("small, the view's own shape") << kSmallArea << QSize(1200, 809) << true << true;
@@ -53,16 +51,14 @@ private slots:
         QFETCH(QSize, photo);
         const FrameLayout::ToolStrips place = FrameLayout::toolStrips(area, photo);
         const QRect shown = photoIn(place, photo);
-        QVERIFY(!shown.intersects(place.toolStrip));
-        QVERIFY(!shown.intersects(place.cropStrip));
+        QVERIFY(!shown.intersects(place.toolStrip) && !shown.intersects(place.cropStrip));
         QVERIFY(!place.toolStrip.intersects(place.cropStrip));
         const QRect whole(QPoint(0, 0), area);
         QVERIFY(whole.contains(place.toolStrip) && whole.contains(place.cropStrip) && whole.contains(place.view));
         QTEST(place.column, "column");
         QTEST(place.view != whole, "viewNarrowed");
-        if (place.view != whole) {   // the view lies beside the strips
+        if (place.view != whole)   // the view lies beside the strips
             QVERIFY(!place.view.intersects(place.toolStrip) && !place.view.intersects(place.cropStrip));
-        }
     }
 
     // Whatever the photograph's shape, the large window keeps the view at the
@@ -73,8 +69,8 @@ private slots:
             for (const QSize photo : {QSize(1200, side), QSize(std::min(side, 990), 990)}) {
                 const FrameLayout::ToolStrips place = FrameLayout::toolStrips(kLargeArea, photo);
                 QCOMPARE(place.view, QRect(QPoint(0, 0), kLargeArea));
-                QVERIFY(!photoIn(place, photo).intersects(place.toolStrip));
-                QVERIFY(!photoIn(place, photo).intersects(place.cropStrip));
+                const QRect shown = photoIn(place, photo);
+                QVERIFY(!shown.intersects(place.toolStrip) && !shown.intersects(place.cropStrip));
             }
         }
     }
