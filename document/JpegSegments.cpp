@@ -1,5 +1,7 @@
 #include "JpegSegments.h"
 
+#include <cstring>
+
 #include <QMap>
 
 namespace {
@@ -35,11 +37,13 @@ bool isFrameHeader(unsigned char m)
 qsizetype skipScanData(const QByteArray& b, qsizetype pos)
 {
     const qsizetype n = b.size();
+    const char* data = b.constData();
     while (pos + 1 < n) {
-        if (byteAt(b, pos) != kMarker) {
-            ++pos;
-            continue;
-        }
+        // Scan data is most of a JPEG: find its next 0xFF the fast way.
+        const void* marker = std::memchr(data + pos, kMarker, size_t(n - 1 - pos));
+        if (!marker)
+            return -1;
+        pos = static_cast<const char*>(marker) - data;
         const unsigned char next = byteAt(b, pos + 1);
         if (next == 0x00 || standalone(next))
             pos += 2;

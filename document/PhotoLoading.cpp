@@ -2,6 +2,7 @@
 
 #include "ImageHeaders.h"
 #include "ImagePreview.h"
+#include "JpegCodec.h"
 #include "JpegSegments.h"
 #include "PhotoReader.h"
 
@@ -73,8 +74,10 @@ cv::Mat quickJpegPreview(const QByteArray& bytes)
     cv::Mat reduced;
     try {
         // The orientation is applied here, as readPhoto does, not by OpenCV.
-        reduced = cv::imdecode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())),
-                               mode | cv::IMREAD_IGNORE_ORIENTATION);
+        reduced = decodeJpeg(bytes, factor, true, kMaxPhotoPixels);
+        if (reduced.empty())
+            reduced = cv::imdecode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())),
+                                   mode | cv::IMREAD_IGNORE_ORIENTATION);
         if (reduced.empty())
             return cv::Mat();
         reduced = uprightPixels(reduced, header->orientation);

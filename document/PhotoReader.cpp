@@ -2,6 +2,7 @@
 
 #include "HeifDecoder.h"
 #include "ImageHeaders.h"
+#include "JpegCodec.h"
 #include "JpegSegments.h"
 #include "RawDecoder.h"
 
@@ -123,16 +124,22 @@ PhotoReadResult decodePhoto(const QByteArray& bytes, qint64 maxPixels)
     if (header->width > maxPixels / header->height)
         return failure(PhotoReadError::TooLarge, QStringLiteral("%1 x %2 pixels is more than the %3 megapixels opened")
                                                      .arg(header->width).arg(header->height).arg(maxPixels / 1000000));
-    // OpenCV would fill the missing part of a cut-off JPEG with grey.
+    // Both decoders would fill the missing part of a cut-off JPEG with grey.
     if (header->format == ImageFormat::Jpeg && !jpegDataComplete(bytes))
         return failure(PhotoReadError::Truncated, QStringLiteral("the JPEG data is cut off"));
 
     cv::Mat pixels;
-    try {
-        pixels = cv::imdecode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())),
-                              cv::IMREAD_UNCHANGED);
-    } catch (const std::exception&) {  // cv::Exception and std::bad_alloc alike
-        pixels.release();
+    if (header->format == ImageFormat::Jpeg)
+        pixels = decodeJpeg(bytes, 1, false, maxPixels);
+    // What libjpeg-turbo alone does not give (CMYK, odd or damaged JPEGs and
+    // the other formats): OpenCV's decoders.
+    if (pixels.empty()) {
+        try {
+            pixels = cv::imdecode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())),
+                                  cv::IMREAD_UNCHANGED);
+        } catch (const std::exception&) {  // cv::Exception and std::bad_alloc alike
+            pixels.release();
+        }
     }
     if (pixels.empty() || (pixels.depth() != CV_8U && pixels.depth() != CV_16U))
         return failure(PhotoReadError::Undecodable, QStringLiteral("the picture cannot be decoded"));

@@ -1,6 +1,7 @@
 #include "PhotoWriter.h"
 
 #include "ImageHeaders.h"
+#include "JpegCodec.h"
 #include "JpegSegments.h"
 
 #include <QSaveFile>
@@ -58,7 +59,7 @@ QByteArray encodePhoto(const Photo& photo, PhotoFormat format, QString* error)
     try {
         switch (format) {
         case PhotoFormat::Jpeg:
-            bytes = encodeWithOpenCv(jpegPixels(photo.pixels), ".jpg", {cv::IMWRITE_JPEG_QUALITY, 100});
+            bytes = encodeJpeg(jpegPixels(photo.pixels), 100);
             if (!bytes.isEmpty())
                 bytes = insertSegment(bytes, photo.exifSegment + iccSegments(photo.iccProfile));
             break;
