@@ -1,5 +1,7 @@
 #include "JpegCodec.h"
 
+#include "ImageBuffers.h"
+
 #include <algorithm>
 #include <climits>
 #include <csetjmp>
@@ -52,7 +54,10 @@ bool runDecode(jpeg_decompress_struct& cinfo, ErrorManager& err, const QByteArra
     if (cinfo.output_width == 0 || cinfo.output_height == 0
         || qint64(cinfo.output_width) > maxPixels / qint64(cinfo.output_height))
         return false;
-    out->create(int(cinfo.output_height), int(cinfo.output_width), CV_8UC(cinfo.output_components));
+    // Photographs of one size, one after another (a batch, the editor's
+    // opens), decode into the same memory instead of faulting in fresh pages.
+    createReusable(*out, cv::Size(int(cinfo.output_width), int(cinfo.output_height)),
+                   CV_8UC(cinfo.output_components));
     jpeg_start_decompress(&cinfo);
     JSAMPROW rows[16];
     while (cinfo.output_scanline < cinfo.output_height) {
@@ -114,7 +119,25 @@ void endOutput(j_compress_ptr cinfo)
     dest->bytes->resize(dest->bytes->size() - int(dest->pub.free_in_buffer));
 }
 
-bool runEncode(jpeg_compress_struct& cinfo, ErrorManager& err, const cv::Mat& pixels, int quality, Destination* dest)
+// Segments (each marker, length and body) written after the file header.
+bool writeSegments(jpeg_compress_struct& cinfo, const QByteArray& segments)
+{
+    const auto* data = reinterpret_cast<const JOCTET*>(segments.constData());
+    const int size = segments.size();
+    for (int at = 0; at < size;) {
+        if (at + 4 > size || data[at] != 0xFF)
+            return false;
+        const int length = (data[at + 2] << 8) | data[at + 3];
+        if (length < 2 || at + 2 + length > size)
+            return false;
+        jpeg_write_marker(&cinfo, data[at + 1], data + at + 4, unsigned(length - 2));
+        at += 2 + length;
+    }
+    return true;
+}
+
+bool runEncode(jpeg_compress_struct& cinfo, ErrorManager& err, const cv::Mat& pixels, int quality,
+               const QByteArray& segments, Destination* dest)
 {
     if (setjmp(err.jump))
         return false;
@@ -129,6 +152,8 @@ bool runEncode(jpeg_compress_struct& cinfo, ErrorManager& err, const cv::Mat& pi
     jpeg_set_defaults(&cinfo);
     jpeg_set_quality(&cinfo, quality, TRUE);
     jpeg_start_compress(&cinfo, TRUE);
+    if (!writeSegments(cinfo, segments))
+        return false;
     JSAMPROW rows[16];
     while (cinfo.next_scanline < cinfo.image_height) {
         const JDIMENSION first = cinfo.next_scanline;
@@ -163,7 +188,7 @@ cv::Mat decodeJpeg(const QByteArray& bytes, int scaleDenom, bool colour, qint64 
     return out;
 }
 
-QByteArray encodeJpeg(const cv::Mat& pixels, int quality)
+QByteArray encodeJpeg(const cv::Mat& pixels, int quality, const QByteArray& segments)
 {
     if (pixels.empty() || pixels.depth() != CV_8U || pixels.dims != 2
         || (pixels.channels() != 1 && pixels.channels() != 3 && pixels.channels() != 4))
@@ -176,14 +201,14 @@ QByteArray encodeJpeg(const cv::Mat& pixels, int quality)
     dest.bytes = &bytes;
     // About what quality 100 takes for a grainy photograph, so the output
     // seldom grows (each growth copies it).
-    const qint64 estimate = qint64(pixels.total()) * std::min(pixels.channels(), 3) / 2 + 65536;
+    const qint64 estimate = qint64(pixels.total()) * std::min(pixels.channels(), 3) / 2 + segments.size() + 65536;
     dest.initialSize = int(std::min<qint64>(estimate, INT_MAX / 2));
     jpeg_compress_struct cinfo{};
     ErrorManager err;
     installErrorManager(*reinterpret_cast<jpeg_common_struct*>(&cinfo), err);
     bool ok = false;
     try {
-        ok = runEncode(cinfo, err, pixels, quality, &dest);
+        ok = runEncode(cinfo, err, pixels, quality, segments, &dest);
     } catch (const std::exception&) {
         ok = false;
     }

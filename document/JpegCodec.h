@@ -18,5 +18,7 @@
 cv::Mat decodeJpeg(const QByteArray& bytes, int scaleDenom, bool colour, qint64 maxPixels);
 
 // 8-bit grey or BGR (BGRA's alpha is dropped) at the given quality, baseline,
-// default sampling and tables. Empty when it cannot be encoded. Never throws.
-QByteArray encodeJpeg(const cv::Mat& pixels, int quality);
+// default sampling and tables, with segments (whole ones: marker, length,
+// body; EXIF and ICC for one) right after the JFIF header. Empty when it
+// cannot be encoded or a segment is malformed. Never throws.
+QByteArray encodeJpeg(const cv::Mat& pixels, int quality, const QByteArray& segments = QByteArray());

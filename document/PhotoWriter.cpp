@@ -59,9 +59,7 @@ QByteArray encodePhoto(const Photo& photo, PhotoFormat format, QString* error)
     try {
         switch (format) {
         case PhotoFormat::Jpeg:
-            bytes = encodeJpeg(jpegPixels(photo.pixels), 100);
-            if (!bytes.isEmpty())
-                bytes = insertSegment(bytes, photo.exifSegment + iccSegments(photo.iccProfile));
+            bytes = encodeJpeg(jpegPixels(photo.pixels), 100, photo.exifSegment + iccSegments(photo.iccProfile));
             break;
         case PhotoFormat::Png:
             bytes = encodeWithOpenCv(photo.pixels, ".png", {cv::IMWRITE_PNG_COMPRESSION, 9});

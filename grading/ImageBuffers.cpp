@@ -11,7 +11,7 @@
 namespace {
 
 constexpr size_t kSmallest = size_t(1) << 20;
-constexpr size_t kKeptBuffers = 4;
+constexpr size_t kKeptBuffers = 8;
 // Enough for the LUT output, the blend and the picture below it of a
 // 24-megapixel 16-bit grading (144 MB each): fresh pages for pictures that
 // size cost more than the grading itself.

@@ -4,6 +4,7 @@
 // the encoder. What it does not handle (CMYK, broken data) comes back empty for
 // the general decoder, which the reader then uses.
 #include "JpegCodec.h"
+#include "JpegSegments.h"
 #include "PhotoReader.h"
 
 #include <QFile>
@@ -102,6 +103,12 @@ private slots:
         const QByteArray ours = encodeJpeg(pixels, quality);
         QCOMPARE(ours.size(), int(expected.size()));
         QVERIFY(ours == QByteArray(reinterpret_cast<const char*>(expected.data()), int(expected.size())));
+        // Segments go where the writer always put them: after the JFIF header.
+        QFile profile(QStringLiteral("/usr/share/color/icc/compatibleWithAdobeRGB1998.icc"));
+        QVERIFY(profile.open(QIODevice::ReadOnly));
+        const QByteArray segments = QByteArray("\xFF\xE1\x00\x08" "Exif\x00\x00", 10) + iccSegments(profile.readAll());
+        QVERIFY(encodeJpeg(pixels, quality, segments) == insertSegment(ours, segments));
+        QVERIFY(encodeJpeg(pixels, quality, QByteArray("\xFF\xE1\x00\x40", 4)).isEmpty());  // cut short
         // A view into a larger picture (rows not contiguous) encodes the same.
         cv::Mat wider;
         cv::copyMakeBorder(pixels, wider, 0, 0, 0, 7, cv::BORDER_REPLICATE);
