@@ -21,7 +21,6 @@ constexpr quint16 kTiffOrientation = 274;
 constexpr quint16 kTiffIcc = 34675;
 constexpr quint16 kTypeShort = 3;
 constexpr quint16 kTypeLong = 4;
-constexpr quint16 kTypeUndefined = 7;
 const char kPngSignature[] = "\x89PNG\r\n\x1a\n";
 
 quint32 u8(const QByteArray& b, qsizetype at) { return static_cast<unsigned char>(b[int(at)]); }
@@ -289,54 +288,5 @@ QByteArray withPngIccProfile(const QByteArray& png, const QByteArray& profile)
             out += png.mid(int(at), int(12 + length));
         at += 12 + length;
     }
-    return out;
-}
-
-QByteArray withTiffIccProfile(const QByteArray& tiff, const QByteArray& profile)
-{
-    Tiff t{tiff};
-    if (!t.open())
-        return QByteArray();
-    std::vector<TiffEntry> entries = t.entries();
-    const quint32 next = t.get(t.ifd + 2 + 12 * qsizetype(entries.size()), 4);
-    entries.erase(std::remove_if(entries.begin(), entries.end(), [](const TiffEntry& e) { return e.tag == kTiffIcc; }),
-                  entries.end());
-
-    QByteArray out = tiff;
-    if (out.size() % 2)
-        out += '\0';  // offsets are word-aligned
-    auto put = [&](QByteArray& to, quint32 v, int len) {
-        char raw[4];
-        if (len == 2)
-            t.little ? qToLittleEndian<quint16>(quint16(v), raw) : qToBigEndian<quint16>(quint16(v), raw);
-        else
-            t.little ? qToLittleEndian<quint32>(v, raw) : qToBigEndian<quint32>(v, raw);
-        to.append(raw, len);
-    };
-    TiffEntry icc{kTiffIcc, kTypeUndefined, quint32(profile.size()), {}};
-    QByteArray offset;
-    put(offset, quint32(out.size()), 4);
-    std::memcpy(icc.value, offset.constData(), 4);
-    out += profile;
-    if (out.size() % 2)
-        out += '\0';
-    // Entries stay sorted by tag, as readers expect.
-    entries.insert(std::upper_bound(entries.begin(), entries.end(), icc,
-                                    [](const TiffEntry& a, const TiffEntry& b) { return a.tag < b.tag; }),
-                   icc);
-    if (qint64(out.size()) + 6 + 12 * qint64(entries.size()) > qint64(UINT32_MAX))
-        return QByteArray();
-    const quint32 directory = quint32(out.size());
-    put(out, quint32(entries.size()), 2);
-    for (const TiffEntry& e : entries) {
-        put(out, e.tag, 2);
-        put(out, e.type, 2);
-        put(out, e.count, 4);
-        out.append(e.value, 4);
-    }
-    put(out, next, 4);
-    QByteArray head;
-    put(head, directory, 4);
-    out.replace(4, 4, head);
     return out;
 }

@@ -1,7 +1,7 @@
 // What a photograph's file says about itself before any pixel is decoded:
 // its format (from its content, never its name), its size, its stored
-// orientation and its colour profile; and the two containers besides JPEG
-// whose colour profile a save writes (PNG iCCP chunk, TIFF tag 34675).
+// orientation and its colour profile; and the PNG iCCP chunk a save writes
+// the colour profile into.
 #pragma once
 
 #include <QByteArray>
@@ -27,8 +27,3 @@ std::optional<ImageHeader> probeImageHeader(const QByteArray& bytes);
 // existing one is replaced). Empty when the input is not a PNG.
 QByteArray withPngIccProfile(const QByteArray& png, const QByteArray& profile);
 
-// The classic (not Big) TIFF with tag 34675 holding `profile` in its first
-// image directory: the profile and a rewritten directory are appended and the
-// header pointed at them, so the image data is not touched. Empty when the
-// input is not such a TIFF.
-QByteArray withTiffIccProfile(const QByteArray& tiff, const QByteArray& profile);

@@ -3,12 +3,17 @@
 #include "ImageHeaders.h"
 #include "JpegCodec.h"
 #include "JpegSegments.h"
+#include "TiffWriter.h"
 
+#include <QBuffer>
 #include <QSaveFile>
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include <algorithm>
+#include <climits>
+#include <functional>
 #include <vector>
 
 namespace {
@@ -66,13 +71,15 @@ QByteArray encodePhoto(const Photo& photo, PhotoFormat format, QString* error)
             if (!bytes.isEmpty() && !photo.iccProfile.isEmpty())
                 bytes = withPngIccProfile(bytes, photo.iccProfile);
             break;
-        case PhotoFormat::Tiff:
+        case PhotoFormat::Tiff: {
             // Uncompressed: LZW gains little on camera noise and costs
             // seconds on a large 16-bit picture.
-            bytes = encodeWithOpenCv(photo.pixels, ".tiff", {cv::IMWRITE_TIFF_COMPRESSION, 1});
-            if (!bytes.isEmpty() && !photo.iccProfile.isEmpty())
-                bytes = withTiffIccProfile(bytes, photo.iccProfile);
+            bytes.reserve(int(std::min<qint64>(tiffSizeEstimate(photo.pixels, photo.iccProfile), INT_MAX)));
+            QBuffer buffer(&bytes);
+            if (!buffer.open(QIODevice::WriteOnly) || !writeTiff(buffer, photo.pixels, photo.iccProfile))
+                bytes.clear();
             break;
+        }
         }
     } catch (const std::exception&) {
         bytes.clear();
@@ -83,23 +90,60 @@ QByteArray encodePhoto(const Photo& photo, PhotoFormat format, QString* error)
     return bytes;
 }
 
-bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error)
+namespace {
+
+// `write` fills the temporary file; it is put in place only when `write` and
+// every flush succeeded, else dropped with the writer's reason or the file's.
+bool writeAtomically(const QString& path, const std::function<bool(QIODevice&, QString*)>& write, QString* error)
 {
     QSaveFile file(path);
+    QString reason;
     bool ok = file.open(QIODevice::WriteOnly);
-    if (ok && file.write(bytes) != bytes.size()) {
+    if (ok && !write(file, &reason)) {
         ok = false;
+        // Before cancelling, which puts its own words in errorString.
+        if (reason.isEmpty())
+            reason = file.errorString();
         file.cancelWriting();
     }
     if (ok)
         ok = file.commit();
     if (!ok && error)
-        *error = file.errorString();
+        *error = reason.isEmpty() ? file.errorString() : reason;
     return ok;
+}
+
+} // namespace
+
+qint64 writeFully(QIODevice& device, const char* data, qint64 size)
+{
+    qint64 written = 0;
+    while (written < size) {
+        const qint64 more = device.write(data + written, size - written);
+        if (more <= 0)
+            break;
+        written += more;
+    }
+    return written;
+}
+
+bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error)
+{
+    const auto write = [&bytes](QIODevice& file, QString*) {
+        return writeFully(file, bytes.constData(), bytes.size()) == bytes.size();
+    };
+    return writeAtomically(path, write, error);
 }
 
 bool writePhoto(const QString& path, const Photo& photo, PhotoFormat format, QString* error)
 {
+    // A TIFF goes straight into the file, strip by strip.
+    if (format == PhotoFormat::Tiff) {
+        const auto write = [&photo](QIODevice& file, QString* reason) {
+            return writeTiff(file, photo.pixels, photo.iccProfile, reason);
+        };
+        return writeAtomically(path, write, error);
+    }
     const QByteArray bytes = encodePhoto(photo, format, error);
     return !bytes.isEmpty() && writeFileAtomically(path, bytes, error);
 }

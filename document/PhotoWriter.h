@@ -1,7 +1,7 @@
 // The one way a photograph is written, by the editor and by melo-grade alike:
-// encoded whole in memory with its colour profile (and, in a JPEG, its EXIF
-// block), then put in place atomically, so a failed write never leaves a
-// half-written file or harms an existing one.
+// encoded with its colour profile (and, in a JPEG, its EXIF block) into a
+// temporary file that is put in place only when complete, so a failed write
+// never leaves a half-written file or harms an existing one.
 #pragma once
 
 #include "Photo.h"
@@ -10,6 +10,8 @@
 #include <QString>
 
 #include <optional>
+
+class QIODevice;
 
 enum class PhotoFormat { Jpeg, Png, Tiff };
 
@@ -27,10 +29,17 @@ QByteArray encodePhoto(const Photo& photo, PhotoFormat format, QString* error = 
 // The pixels a JPEG holds: 8-bit, grey or BGR.
 cv::Mat jpegPixels(const cv::Mat& pixels);
 
+// Writes all `size` bytes unless the device fails, asking again after a
+// partial write: a file on a full disk takes what fits and says why only when
+// asked for the rest. How many bytes were written.
+qint64 writeFully(QIODevice& device, const char* data, qint64 size);
+
 // Writes through a temporary file beside the target, renamed over it only
 // when every byte is on disk: a missing or read-only folder or a full disk
 // leaves any existing file untouched and no partial file behind.
 bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error = nullptr);
 
-// encodePhoto, then writeFileAtomically.
+// What encodePhoto gives, written as writeFileAtomically writes; a TIFF is
+// written into the temporary file strip by strip (see writeTiff), never held
+// whole in memory.
 bool writePhoto(const QString& path, const Photo& photo, PhotoFormat format, QString* error = nullptr);

@@ -10,8 +10,8 @@ PACKAGES=(
   qtbase5-dev libqt5svg5-dev qtwebengine5-dev libqt5webchannel5-dev
   libopencv-dev libjpeg62-turbo-dev libcurl4-openssl-dev libjsoncpp-dev
   libcpp-httplib-dev libssl-dev openssl
-  # photographs: colour profiles, HEIF/AVIF, camera RAW, Qt's own Chinese texts
-  liblcms2-dev libheif-dev libraw-dev qttranslations5-l10n zlib1g-dev
+  # photographs: colour profiles, HEIF/AVIF, camera RAW, TIFF, Qt's own Chinese texts
+  liblcms2-dev libheif-dev libraw-dev libtiff-dev qttranslations5-l10n zlib1g-dev
   # run and test
   xvfb xauth p7zip-full fonts-wqy-microhei locales
   # window checks and screenshots under Xvfb
