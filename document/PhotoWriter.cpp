@@ -9,7 +9,6 @@
 #include <QSaveFile>
 
 #include <opencv2/imgcodecs.hpp>
-#include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 #include <climits>
@@ -49,12 +48,12 @@ std::optional<PhotoFormat> photoFormatForExtension(QString extension)
 cv::Mat jpegPixels(const cv::Mat& pixels)
 {
     cv::Mat out = pixels;
-    if (out.channels() == 4)
-        cv::cvtColor(out, out, cv::COLOR_BGRA2BGR);
-    else if (out.channels() == 2)
-        cv::extractChannel(out, out, 0);
+    // Depth first: the channel steps then move half the bytes.
     if (out.depth() == CV_16U)
         out.convertTo(out, CV_8U, 1.0 / 257.0);  // 65535 -> 255, rounded to nearest
+    if (out.channels() == 2)
+        cv::extractChannel(out, out, 0);
+    // A fourth channel (alpha) stays: the encoder skips it.
     return out;
 }
 

@@ -26,7 +26,8 @@ std::optional<PhotoFormat> photoFormatForExtension(QString extension);
 // cannot be encoded. Never throws.
 QByteArray encodePhoto(const Photo& photo, PhotoFormat format, QString* error = nullptr);
 
-// The pixels a JPEG holds: 8-bit, grey or BGR.
+// The pixels a JPEG is encoded from: 8-bit grey, BGR or BGRA (whose alpha
+// the encoder leaves out).
 cv::Mat jpegPixels(const cv::Mat& pixels);
 
 // Writes all `size` bytes unless the device fails, asking again after a
