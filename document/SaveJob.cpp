@@ -6,7 +6,8 @@ cv::Mat savedPixels(const SaveJob& job)
 {
     cv::Mat image = job.source.pixels;
     if (job.scene >= 0 && !image.empty()) {
-        const LayerGradeResult graded = gradeLayers(image, job.scene, job.layers, job.presetRoot);
+        const LayerGradeResult graded =
+            gradeLayers(image, job.scene, job.layers, job.presetRoot, nullptr, GradeOutputs::ImageOnly);
         if (graded.graded)
             image = graded.image;
     }

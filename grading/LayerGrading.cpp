@@ -43,10 +43,11 @@ void blendInto(const cv::Mat& base, const cv::Mat& lutOut, double a, cv::Mat& ou
 
 }  // namespace
 
-cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength)
+cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength, bool inPlace)
 {
     const double a = double(float(strength) / 100.0f);
-    cv::Mat out;
+    // Per element: each value is read before its place is written.
+    cv::Mat out = inPlace ? lutOut : cv::Mat();
     // The blend is per element, so stripes of rows on both cores give the
     // same values as one call; it matters on the preview, where a slider step
     // blends up to three layers, and on a full-size save.
@@ -57,7 +58,8 @@ cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength)
         return out;
     }
     // Fresh pages cost more than the blend itself on a large picture.
-    createReusable(out, base.size(), base.type());
+    if (!inPlace)
+        createReusable(out, base.size(), base.type());
     cv::parallel_for_(
         cv::Range(0, base.rows),
         [&](const cv::Range& rows) {
@@ -102,8 +104,10 @@ bool samePixels(const cv::Mat& a, const cv::Mat& b)
 void LayerGradeMemo::clear() { *this = LayerGradeMemo(); }
 
 LayerGradeResult gradeLayers(const cv::Mat& base, int scene, const LayerSelection& selection,
-                             const QString& root, LayerGradeMemo* memo)
+                             const QString& root, LayerGradeMemo* memo, GradeOutputs outputs)
 {
+    // A memo keeps every stage's LUT output: no blending over them.
+    const bool inPlace = outputs == GradeOutputs::ImageOnly && !memo;
     LayerGradeResult result;
     result.image = base;
     const cv::Mat source = toGradable(base);
@@ -121,8 +125,10 @@ LayerGradeResult gradeLayers(const cv::Mat& base, int scene, const LayerSelectio
             stage.strength = selection.strengths[layer];
             stage.lutOut = sameLut ? before->lutOut : applyLut(below, *kernel);
             unchanged = sameLut && before->strength == stage.strength;
-            stage.image = unchanged ? before->image : blendLayer(below, stage.lutOut, stage.strength);
-            result.lastLutOutput = stage.lutOut;
+            stage.image = unchanged ? before->image
+                                    : blendLayer(below, stage.lutOut, stage.strength,
+                                                 inPlace && stage.lutOut.data != below.data);
+            result.lastLutOutput = inPlace ? cv::Mat() : stage.lutOut;
             result.image = stage.image;
             result.graded = true;
         } else if (memo && memo->m_stages[layer].kernel) {

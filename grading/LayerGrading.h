@@ -24,8 +24,9 @@ int presetFileNumber(PresetLayer layer, int id);
 // base * (1 - a) + lutOut * a + 1 with a = strength / 100 (single precision,
 // then widened), saturated at the images' depth (8 or 16 bits: the 1 is one
 // level either way); the constant 1 is part of the look and is kept. Of four
-// channels the fourth (alpha) is the base's, unchanged.
-cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength);
+// channels the fourth (alpha) is the base's, unchanged. With inPlace the
+// result is written over lutOut (the same values) and returned.
+cv::Mat blendLayer(const cv::Mat& base, const cv::Mat& lutOut, int strength, bool inPlace = false);
 
 struct LayerSelection {
     int ids[kPresetLayerCount] = {-1, -1, -1};  // button id per layer, -1 for none
@@ -34,9 +35,14 @@ struct LayerSelection {
 
 struct LayerGradeResult {
     cv::Mat image;          // the graded picture, or the base when nothing was graded
-    cv::Mat lastLutOutput;  // the most recent LUT output before its blend
+    cv::Mat lastLutOutput;  // the most recent LUT output before its blend (not kept with ImageOnly)
     bool graded = false;    // at least one layer was applied
 };
+
+// What a grading hands back. ImageOnly (a save, a batch) lets each layer
+// blend over its own LUT output in place: a picture-sized buffer less per
+// layer, whose fresh pages cost more than the blend itself on a large photo.
+enum class GradeOutputs { WithLutOutput, ImageOnly };
 
 // What the last grading of one picture computed, layer by layer. Given to
 // gradeLayers again with the same picture (the same pixels, which nobody has
@@ -49,7 +55,7 @@ public:
 
 private:
     friend LayerGradeResult gradeLayers(const cv::Mat&, int, const LayerSelection&, const QString&,
-                                        LayerGradeMemo*);
+                                        LayerGradeMemo*, GradeOutputs);
     struct Stage {
         std::shared_ptr<const LutKernel> kernel;  // null: the layer was not applied
         int strength = 0;
@@ -65,4 +71,5 @@ private:
 // unreadable, or any layer when the scene is not 0 to 5, is skipped with one
 // line on standard output; the other layers still apply.
 LayerGradeResult gradeLayers(const cv::Mat& base, int scene, const LayerSelection& selection,
-                             const QString& root = presetRoot(), LayerGradeMemo* memo = nullptr);
+                             const QString& root = presetRoot(), LayerGradeMemo* memo = nullptr,
+                             GradeOutputs outputs = GradeOutputs::WithLutOutput);

@@ -165,6 +165,7 @@ private slots:
     {
         QTest::addColumn<int>("type");
         QTest::addColumn<int>("gradedType");
+        QTest::newRow("8-bit BGR") << CV_8UC3 << CV_8UC3;
         QTest::newRow("8-bit BGRA") << CV_8UC4 << CV_8UC4;
         QTest::newRow("16-bit BGR") << CV_16UC3 << CV_16UC3;
         QTest::newRow("16-bit BGRA") << CV_16UC4 << CV_16UC4;
@@ -176,9 +177,15 @@ private slots:
         QFETCH(int, type);
         const cv::Mat base = photoAs(type);
         const LayerSelection selection{{2, 1, 5}, {100, 45, 70}};
+        const cv::Mat untouched = base.clone();
         const LayerGradeResult result = gradeLayers(base, 1, selection, kLibrary);
         QVERIFY(result.graded);
         QTEST(result.image.type(), "gradedType");
+        // Blending over the LUT outputs' own memory (a save, a batch) gives the
+        // same picture and never writes into the photograph.
+        QVERIFY(sameImage(gradeLayers(base, 1, selection, kLibrary, nullptr, GradeOutputs::ImageOnly).image,
+                          result.image));
+        QVERIFY(sameImage(base, untouched));
         if (base.channels() % 2 == 0)
             QVERIFY(sameImage(plane(result.image, 3), plane(base, base.channels() - 1)));
         if (base.channels() == 4) {

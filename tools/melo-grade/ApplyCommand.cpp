@@ -60,7 +60,8 @@ int runApplyCommand(const Arguments& args)
         cv::Mat picture = toGradable(photo->pixels);
         for (size_t i = 0; i < steps.size(); ++i) {
             const cv::Mat graded = applyLut(picture, *kernels[i]);
-            picture = steps[i].strength < 0 ? graded : blendLayer(picture, graded, steps[i].strength);
+            // The blend goes over the LUT output's own memory.
+            picture = steps[i].strength < 0 ? graded : blendLayer(picture, graded, steps[i].strength, true);
         }
         photo->pixels = picture;
     }

@@ -156,7 +156,8 @@ PhotoOutcome gradePhoto(const PresetJob& job, const QString& root, const std::st
         std::optional<Photo> photo = readPhotoFile(input);
         if (!photo)
             return outcome;
-        const LayerGradeResult result = gradeLayers(photo->pixels, job.scene, job.selection, root);
+        const LayerGradeResult result = gradeLayers(photo->pixels, job.scene, job.selection, root, nullptr,
+                                                     GradeOutputs::ImageOnly);
         if (result.graded)
             photo->pixels = result.image;
         outcome.written = writePhotoFile(output, *photo);
