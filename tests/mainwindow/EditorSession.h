@@ -26,6 +26,18 @@ QString placePhoto(const QString& sample, const QString& folder, const QString& 
 // and a layer, all different: picks[] receives them.
 unsigned seedForDraws(RandomPick* picks, int count);
 
+// The record the save dialog hands over when the user saves `name` into
+// `folder` in `format` ("JPG", "PNG", "TIFF").
+inline setting interactiveSave(const QString& folder, const char* name, const QString& format)
+{
+    setting st;
+    st.savePath = folder.toLocal8Bit().toStdString();
+    st.saveName = name;
+    st.saveFormat = format.toStdString();
+    st.interactive = 1;
+    return st;
+}
+
 class EditorSession
 {
 public:

@@ -43,12 +43,7 @@ QString bigPhotograph(const QString& name, cv::Size size, const QStringList& exi
 
 setting saveRecord(const QString& folder)
 {
-    setting st;
-    st.savePath = folder.toLocal8Bit().toStdString();
-    st.saveName = "big-graded";
-    st.saveFormat = "JPG";
-    st.interactive = 1;
-    return st;
+    return interactiveSave(folder, "big-graded", "JPG");
 }
 
 } // namespace

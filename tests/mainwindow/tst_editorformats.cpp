@@ -87,11 +87,7 @@ private slots:
 
         ModalAnswerer answerer;
         answerer.answer(QMessageBox::Yes);
-        setting st;
-        st.savePath = s().saveFolder().toLocal8Bit().toStdString();
-        st.saveName = "coffee";
-        st.saveFormat = "JPG";
-        st.interactive = 1;
+        setting st = interactiveSave(s().saveFolder(), "coffee", "JPG");
         s().window().start_timer_event(st);
         QVERIFY(answerer.waitAllAnswered(20000));
         QCOMPARE(answerer.seen().value(0).text, QStringLiteral("保存文件成功！"));

@@ -78,11 +78,7 @@ private slots:
             noticeAfter = clock.elapsed();
             qobject_cast<QMessageBox*>(box)->button(QMessageBox::Yes)->click();
         });
-        setting st;
-        st.savePath = s().saveFolder().toLocal8Bit().toStdString();
-        st.saveName = "cut";
-        st.saveFormat = format.toStdString();
-        st.interactive = 1;
+        setting st = interactiveSave(s().saveFolder(), "cut", format);
         clock.start();
         s().window().start_timer_event(st);
         QVERIFY(answerer.waitAllAnswered(10000));
@@ -135,11 +131,7 @@ private slots:
         QVERIFY(s().open(placePhoto(QStringLiteral("astronaut.png"), QStringLiteral("人像"))));
         const QString folder = where == "full" ? disk.path() : s().saveFolder() + "/gone";
         QVERIFY(where != "full" || writeFileBytes(folder + "/a.tiff", "earlier"));
-        setting st;
-        st.savePath = folder.toLocal8Bit().toStdString();
-        st.saveName = "a";
-        st.saveFormat = "TIFF";
-        st.interactive = 1;
+        setting st = interactiveSave(folder, "a", "TIFF");
         s().window().start_timer_event(st);
         QVERIFY(answerer.waitAllAnswered(10000));
         QVERIFY2(answerer.seen().value(0).text.startsWith(says), qPrintable(answerer.seen().value(0).text));
