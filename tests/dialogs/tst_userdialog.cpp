@@ -1,11 +1,10 @@
-// The account card: its texts, its buttons, and hiding when the
+// The account card: its buttons, and hiding when the
 // pointer leaves it (the real pointer, moved on the test's display).
 #include "GlobalConstants.h"
 #include "UrlRecorder.h"
 #include "UserDialog.h"
 
 #include <QCursor>
-#include <QLabel>
 #include <QPushButton>
 #include <QTest>
 
@@ -13,17 +12,6 @@ class TestUserDialog : public QObject
 {
     Q_OBJECT
 private slots:
-    void texts()
-    {
-        UserDialog panel(nullptr, QString(), QString());
-        auto* count = panel.findChild<QLabel*>("numLabel");
-        panel.setUserInfo(QStringLiteral("小明"), QStringLiteral("12"));
-        QCOMPARE(count->text(), QStringLiteral("修图卷:12"));
-        QCOMPARE(panel.findChild<QLabel*>("nameLabel")->text(), QStringLiteral("小明"));
-        panel.setUserInfo(QStringLiteral("小明"), QString());
-        QCOMPARE(count->text(), QStringLiteral("修图卷:"));
-    }
-
     void buttons_data()
     {
         QTest::addColumn<QString>("button");

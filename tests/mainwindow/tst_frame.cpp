@@ -100,7 +100,6 @@ private slots:
         const QString back = QStringLiteral("返回后，当前页面将刷新！");
         QTest::newRow("gallery, no") << QByteArray("cloudBtn") << false << toGallery << QByteArray("myWidget") << QByteArray("repairBtn");
         QTest::newRow("gallery, yes") << QByteArray("cloudBtn") << true << toGallery << QByteArray("webEngineView") << QByteArray("cloudBtn");
-        QTest::newRow("home, no") << QByteArray("repairBtn") << false << toHome << QByteArray("myWidget") << QByteArray("cloudBtn");
         QTest::newRow("home, yes") << QByteArray("repairBtn") << true << toHome << QByteArray("webEngineView2") << QByteArray("repairBtn");
         QTest::newRow("return, no") << QByteArray("return") << false << back << QByteArray("myWidget") << QByteArray("repairBtn");
         QTest::newRow("return, yes") << QByteArray("return") << true << back << QByteArray("webEngineView") << QByteArray("repairBtn");

@@ -1,15 +1,12 @@
 // The editor's keyboard shortcuts in the real window: each presses its
-// button where that button can be used and does nothing elsewhere; the
-// buttons' tool tips name them.
+// button where that button can be used and does nothing elsewhere.
 #include "EditorSession.h"
 #include "GuiTestMain.h"
 #include "ModalAnswerer.h"
 #include "MyDrawLabel.h"
 
 #include <QAbstractButton>
-#include <QHelpEvent>
 #include <QTest>
-#include <QToolTip>
 
 namespace {
 
@@ -58,11 +55,9 @@ private slots:
         QTest::addColumn<QString>("effect");
         const int ctrl = Qt::ControlModifier;
         QTest::newRow("Ctrl+O in the editor") << Where::EditorEmpty << int(Qt::Key_O) << ctrl << "打开文件";
-        QTest::newRow("Ctrl+O with a photograph") << Where::Photo << int(Qt::Key_O) << ctrl << "打开文件";
         QTest::newRow("Ctrl+O on the home page") << Where::Home << int(Qt::Key_O) << ctrl << "";
         QTest::newRow("Ctrl+S with a photograph") << Where::Photo << int(Qt::Key_S) << ctrl << "SaveDialog";
         QTest::newRow("Ctrl+S, no photograph") << Where::EditorEmpty << int(Qt::Key_S) << ctrl << "";
-        QTest::newRow("Ctrl+S on the home page") << Where::Home << int(Qt::Key_S) << ctrl << "";
         QTest::newRow("Return while cropping") << Where::Cropping << int(Qt::Key_Return) << 0 << "crop accepted";
         QTest::newRow("Enter while cropping") << Where::Cropping << int(Qt::Key_Enter) << 0 << "crop accepted";
         QTest::newRow("Esc while cropping") << Where::Cropping << int(Qt::Key_Escape) << 0 << "crop left";
@@ -100,27 +95,6 @@ private slots:
             effect = QStringLiteral("compare");
         }
         QTEST(effect, "effect");
-    }
-
-    void toolTips_data()
-    {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QString>("tip");
-        QTest::newRow("add") << "addImageBtn" << "添加图片 (Ctrl+O)";
-        QTest::newRow("save") << "m_right_down_saveBtn" << "保存 (Ctrl+S)";
-        QTest::newRow("accept crop") << "yesShapeBtn" << "确定 (Enter)";
-        QTest::newRow("leave crop") << "noShapeBtn" << "取消 (Esc)";
-        QTest::newRow("eye") << "contrastBtn" << "查看原图 (\\)";
-    }
-    void toolTips()
-    {
-        QFETCH(QString, button);
-        goTo(Where::Cropping);
-        auto* target = s().find<QAbstractButton>(button.toLatin1().constData());
-        QHelpEvent help(QEvent::ToolTip, QPoint(2, 2), target->mapToGlobal(QPoint(2, 2)));
-        QApplication::sendEvent(target, &help);
-        QTEST(QToolTip::text(), "tip");
-        QToolTip::hideText();
     }
 };
 
