@@ -272,18 +272,24 @@ private slots:
     {
         QTest::addColumn<QString>("target");
         QTest::addColumn<bool>("scripted");  // location.href, else a link the user clicks
+        QTest::addColumn<QString>("opened");   // what the system browser gets
         // The service's own page under another host name: another origin
         // that would answer if it were loaded.
         const QString otherHost = QStringLiteral("http://localhost:%1/client/gallery.html?channel=")
                                       .arg(QUrl(m_service.httpBase()).port());
-        QTest::newRow("other host, script") << otherHost << true;
-        QTest::newRow("other port, link")
-            << QStringLiteral("http://127.0.0.1:%1/elsewhere.html").arg(TestService::unusedPort()) << false;
+        const QString otherPort = QStringLiteral("http://127.0.0.1:%1/elsewhere.html").arg(TestService::unusedPort());
+        QTest::newRow("other host, script") << otherHost << true << otherHost;
+        QTest::newRow("other port, link") << otherPort << false << otherPort;
+        // A service address whose answer sends the view elsewhere.
+        QTest::newRow("service redirects elsewhere")
+            << m_service.httpUrl(QStringLiteral("/test/redirect?to=") + QUrl::toPercentEncoding(otherHost)) << true
+            << otherHost;
     }
     void navigationElsewhereOpensInBrowser()
     {
         QFETCH(QString, target);
         QFETCH(bool, scripted);
+        QFETCH(QString, opened);
         QVERIFY(m_win.open());
         const QUrl gallery = this->gallery()->url();
         QSignalSpy urlChanges(this->gallery(), &QWebEngineView::urlChanged);
@@ -294,7 +300,7 @@ private slots:
             js(this->gallery(), QStringLiteral("var a = document.createElement('a'); a.href = '%1';"
                                                "document.body.appendChild(a); a.click()").arg(target));
         }
-        QTRY_COMPARE_WITH_TIMEOUT(webs.urls, QList<QUrl>({QUrl(target)}), kPageTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(webs.urls, QList<QUrl>({QUrl(opened)}), kPageTimeoutMs);
         // Pop-ups stay refused: no window, nothing opened. The view still
         // shows the gallery with its bridge.
         const int windows = QApplication::topLevelWidgets().size();

@@ -105,6 +105,10 @@ void addTestRoutes(httplib::Server& server, ServiceContext& context)
         res.set_content("status " + std::to_string(res.status) + " body", kText);
     });
     server.Get("/test/empty", [](const httplib::Request&, httplib::Response& res) { res.set_content("", kText); });
+    // A server-side redirect to the address in "to", wherever it points.
+    server.Get("/test/redirect", [](const httplib::Request& req, httplib::Response& res) {
+        res.set_redirect(req.get_param_value("to"), 302);
+    });
     server.Get("/test/large", [&stopping](const httplib::Request& req, httplib::Response& res) {
         sendGeneratedBody(res, sizeParam(req, "bytes", 1 << 20), sizeParam(req, "ms", 0), false, stopping);
     });
