@@ -17,6 +17,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -25,6 +26,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include <cstdlib>
+#include <sys/stat.h>
 
 namespace {
 
@@ -141,9 +143,22 @@ private slots:
         QVERIFY(samePicture(top0->thumbnail().toImage(), matToQImage(preset(s().doc().m_thumbMat, 3, 0))));
         QVERIFY(s().find<MyDrawLutButton>("midPreset1")->thumbnail().isNull());   // file 5 was away
 
+        // What is no photograph ends its open at once and leaves the shown
+        // one: a cut-off JPEG, a FIFO nobody writes to, a link to /dev/zero.
         const qint64 shown = view()->pixmap(Qt::ReturnByValue).cacheKey();
-        QVERIFY(!s().open(placePhoto(QStringLiteral("truncated.jpg"), QStringLiteral("人像"))));
-        QVERIFY(s().doc().m_filePath == path && view()->pixmap(Qt::ReturnByValue).cacheKey() == shown);
+        const QString fifo = QFileInfo(path).dir().filePath(QStringLiteral("fifo.jpg"));
+        const QString zero = QFileInfo(path).dir().filePath(QStringLiteral("zero.jpg"));
+        QFile::remove(fifo);
+        QFile::remove(zero);
+        QCOMPARE(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), zero));
+        for (const QString& bad : {placePhoto(QStringLiteral("truncated.jpg"), QStringLiteral("人像")), fifo, zero}) {
+            QSignalSpy ended(&s().window(), &BrisaQT::photographOpenEnded);
+            s().window().openAdjustment(bad);
+            QVERIFY2(ended.wait(5000), qPrintable(bad));
+            QCOMPARE(ended.constLast().at(1).toBool(), false);
+            QVERIFY(s().doc().m_filePath == path && view()->pixmap(Qt::ReturnByValue).cacheKey() == shown);
+        }
         QCOMPARE(answerer.unexpectedCount(), 0);
     }
 
