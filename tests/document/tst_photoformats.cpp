@@ -7,6 +7,7 @@
 #include "HeifDecoder.h"
 #include "JpegSegments.h"
 #include "PhotoReader.h"
+#include "PhotoWriter.h"
 #include "RawDecoder.h"
 
 #include <QJsonArray>
@@ -182,19 +183,14 @@ private slots:
         QVERIFY(!decodeRaw(dng, qint64(cols) * rows - 1, &error));
     }
 
-    // The EXIF block of a developed RAW, read back by exiftool from a JPEG
-    // that carries it.
+    // The EXIF block of a developed RAW, read back by exiftool from the JPEG
+    // the saver writes.
     void rawCameraDetails()
     {
         const std::optional<Photo> photo = decodeRaw(makeDng(m_photo, 1, cameraDetails()), kMaxPhotoPixels, nullptr);
         QVERIFY(photo);
-        std::vector<uchar> jpeg;
-        cv::Mat bytes;
-        photo->pixels.convertTo(bytes, CV_8U, 1.0 / 257.0);
-        QVERIFY(cv::imencode(".jpg", bytes, jpeg));
         const QString file = path(QStringLiteral("developed.jpg"));
-        QVERIFY(writeFileBytes(file, insertSegment(QByteArray(reinterpret_cast<const char*>(jpeg.data()), int(jpeg.size())),
-                                               photo->exifSegment)));
+        QVERIFY(writePhoto(file, *photo, PhotoFormat::Jpeg));
         QProcess exiftool;
         exiftool.start(QStringLiteral("exiftool"), {"-j", "-n", "-Make", "-Model", "-LensModel", "-DateTimeOriginal",
                                                     "-ExposureTime", "-FNumber", "-ISO", "-FocalLength",
