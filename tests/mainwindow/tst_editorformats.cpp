@@ -5,10 +5,12 @@
 #include "EditorSession.h"
 #include "FileBytes.h"
 #include "FormatSamples.h"
+#include "GlobalConstants.h"
 #include "GuiTestMain.h"
 #include "ImageHeaders.h"
 #include "ModalAnswerer.h"
 #include "PhotoFormats.h"
+#include "SettingsStore.h"
 
 #include <QAbstractButton>
 #include <QDir>
@@ -17,6 +19,7 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QWebEngineView>
 
@@ -191,7 +194,8 @@ private slots:
         QTRY_COMPARE(s().doc().m_filePath, heic);  // opened in the background
     }
 
-    // Dropped on the home page, a photograph enters the editor and opens;
+    // Dropped on the home page, a photograph enters the editor (a download
+    // folder asked for first when none is stored) and opens;
     // a text file, two photographs or a folder are refused with no trace.
     void drop()
     {
@@ -222,7 +226,20 @@ private slots:
         QTest::qWait(50);
         QVERIFY(s().doc().m_filePath.isEmpty() && !s().find<QWidget>("myWidget")->isVisible());
 
+        // With no download folder stored, entering the editor asks for one first.
+        removeSettingValue(kProductKey, kDownLoadPath);
+        answerer.answer(QMessageBox::Yes);
+        const QString folder = s().saveFolder();
+        answerer.handle([&answerer, folder](QWidget* dialog) {
+            answerer.chooseFile(folder);
+            dialog->findChild<QPushButton*>("openFileBtn")->click();
+            dialog->findChild<QPushButton*>("okBtn")->click();
+        });
         QVERIFY(dropOn(homeView, {dngUrl}));
+        QVERIFY(answerer.waitAllAnswered());
+        QCOMPARE(answerer.seen().value(1).text, QStringLiteral("请先设置下文件保存路径!"));
+        QCOMPARE(answerer.seen().value(2).className, QStringLiteral("SettingDialog"));
+        QCOMPARE(QDir(readSettingValue(kProductKey, kDownLoadPath)).canonicalPath(), QDir(folder).canonicalPath());
         QTRY_COMPARE(s().doc().m_filePath, dng);
         QVERIFY(s().find<QWidget>("myWidget")->isVisible());
         QCOMPARE(s().doc().m_srcMat.cols, 600);
