@@ -106,7 +106,10 @@ private slots:
         QFETCH(int, savedDepth);
         const QString path = makePhoto(format);
         QVERIFY(!path.isEmpty());
+        QSignalSpy quick(&s().window(), &BrisaQT::photographPreviewShown);
         QVERIFY(s().open(path));
+        // A RAW shows its half-size development while the whole is developed.
+        QCOMPARE(quick.size(), format == "dng" ? 1 : 0);
         QCOMPARE(s().doc().m_filePath, path);
         QCOMPARE(s().doc().m_srcMat.cols, 600);
         QCOMPARE(s().doc().m_srcMat.rows, 400);
