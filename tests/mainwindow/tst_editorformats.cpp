@@ -38,8 +38,8 @@ cv::Mat coffee()
 }
 
 // coffee.png (600 x 400) in the format named, stored with orientation 6 where
-// the format has one: upright it is 600 x 400 again. A HEIC or AVIF carries
-// the Adobe RGB profile.
+// the format has one (not BMP): upright it is 600 x 400 again. A HEIC or AVIF
+// carries the Adobe RGB profile.
 QString makePhoto(const QString& format)
 {
     const QString dir = QDir::tempPath() + QStringLiteral("/photos/风光");
@@ -52,6 +52,8 @@ QString makePhoto(const QString& format)
         sample.iccProfile = fileBytes(kAdobeRgb);
         return writeHeif(path, coffee(), sample) ? path : QString();
     }
+    if (format == QLatin1String("bmp"))  // no orientation to store
+        return cv::imwrite(path.toStdString(), coffee()) ? path : QString();
     return writeFormatSample(path, coffee(), 6) ? path : QString();
 }
 
@@ -95,6 +97,7 @@ private slots:
         QTest::newRow("HEIC") << "heic" << CV_8U << "JPG" << CV_8U;
         QTest::newRow("AVIF") << "avif" << CV_8U << "JPG" << CV_8U;
         QTest::newRow("WebP") << "webp" << CV_8U << "JPG" << CV_8U;
+        QTest::newRow("BMP") << "bmp" << CV_8U << "JPG" << CV_8U;
         QTest::newRow("DNG") << "dng" << CV_16U << "JPG" << CV_8U;
         QTest::newRow("DNG as TIFF") << "dng" << CV_16U << "TIFF" << CV_16U;
     }
