@@ -82,6 +82,8 @@ private slots:
         // libheif mirrors only 8-bit pictures itself.
         for (const int orientation : {2, 4, 5, 7})
             QTest::addRow("HEIC 10-bit, orientation %d", orientation) << false << orientation << false << false << 10;
+        QTest::newRow("HEIC 12-bit, rotated 90") << false << 6 << false << false << 12;
+        QTest::newRow("HEIC 12-bit, orientation 7") << false << 7 << false << false << 12;
     }
     void heif()
     {
@@ -129,7 +131,7 @@ private slots:
         const bool deep = bitDepth > 8;
         QCOMPARE(pixels.depth(), deep ? CV_16U : CV_8U);
         if (deep) {
-            // 10-bit white reaches the top of the 16-bit range.
+            // 10- or 12-bit white reaches the top of the 16-bit range.
             double top = 0;
             cv::minMaxLoc(pixels.reshape(1), nullptr, &top);
             QVERIFY2(top > 64000, qPrintable(QString::number(top)));
