@@ -1,6 +1,5 @@
 #include "DocumentTasks.h"
 
-#include "ImageHeaders.h"
 #include "PhotoReader.h"
 
 #include <QThread>
@@ -50,12 +49,12 @@ void DocumentTasks::open(const QString& path)
             });
             return;
         }
-        auto quickPreview = [this, path, bytes, deliver] {
-            const cv::Mat preview = quickJpegPreview(bytes);
-            if (preview.empty())
+        auto showQuickPreview = [this, path, bytes, deliver] {
+            const Photo quick = quickPreview(bytes);
+            if (quick.pixels.empty())
                 return;
-            const auto display = DisplayProfile::forProfile(probeImageHeader(bytes)->iccProfile);
-            const cv::Mat shown = displayPixels(preview, display.get());
+            const auto display = DisplayProfile::forProfile(quick.iccProfile);
+            const cv::Mat shown = displayPixels(quick.pixels, display.get());
             deliver([this, path, shown] { emit previewReady(path, shown); });
         };
         // With a core to spare beside the GUI thread and the full decode, the
@@ -65,12 +64,12 @@ void DocumentTasks::open(const QString& path)
         std::thread quick;
         if (QThread::idealThreadCount() > 2) {
             try {
-                quick = std::thread(quickPreview);
+                quick = std::thread(showQuickPreview);
             } catch (const std::system_error&) {
             }
         }
         if (!quick.joinable())
-            quickPreview();
+            showQuickPreview();
         const LoadedPhoto loaded = loadPhotoBytes(bytes);
         // The preview, when there is one, is handed over before the photograph.
         if (quick.joinable())

@@ -26,8 +26,9 @@ public:
     explicit DocumentTasks(QObject* parent = nullptr);
     ~DocumentTasks() override;
 
-    // Reads `path`: for a JPEG large enough, previewReady with a quick preview
-    // first (already converted for the screen), then opened or openFailed.
+    // Reads `path`: for a JPEG large enough or a camera RAW, previewReady
+    // with a quick preview first (already converted for the screen), then
+    // opened or openFailed.
     void open(const QString& path);
     bool isOpening() const { return !m_openPath.isEmpty(); }
     const QString& openingPath() const { return m_openPath; }

@@ -1,6 +1,7 @@
 #include "HeifDecoder.h"
 
 #include "CameraExif.h"
+#include "HeifTransforms.h"
 #include "JpegSegments.h"
 
 #include <libheif/heif.h>
@@ -10,6 +11,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -108,9 +110,18 @@ std::optional<Photo> decodeHeif(const QByteArray& bytes, qint64 maxPixels, QStri
 
         const bool alpha = heif_image_handle_has_alpha_channel(handle.get());
         const bool deep = heif_image_handle_get_luma_bits_per_pixel(handle.get()) > 8;
-        // Rotation and mirror are applied by default. (This libheif mirrors
-        // 8-bit pictures only and refuses a mirrored deeper one.)
+        // libheif applies rotation and mirror, but mirrors 8-bit pictures
+        // only: a deeper mirrored one is decoded as stored and turned here.
         const Options options(heif_decoding_options_alloc());
+        std::vector<HeifStep> ownSteps;
+        heif_item_id primary = 0;
+        if (deep && heif_context_get_primary_image_ID(context.get(), &primary).code == heif_error_Ok) {
+            const auto steps = heifTransformations(bytes, primary);
+            if (steps && heifStepsMirror(*steps)) {
+                ownSteps = *steps;
+                options->ignore_transformations = 1;
+            }
+        }
         heif_image* rawImage = nullptr;
         e = heif_decode_image(handle.get(), &rawImage, heif_colorspace_RGB, interleaved(deep, alpha), options.get());
         if (e.code != heif_error_Ok)
@@ -136,6 +147,7 @@ std::optional<Photo> decodeHeif(const QByteArray& bytes, qint64 maxPixels, QStri
             if (range > 0 && range < 16)
                 photo.pixels.convertTo(photo.pixels, CV_16U, 65535.0 / double((1 << range) - 1));
         }
+        photo.pixels = applyHeifSteps(photo.pixels, ownSteps);
         photo.iccProfile = iccProfileOf(handle.get());
         photo.exifSegment = exifSegmentOf(handle.get());
         return photo;

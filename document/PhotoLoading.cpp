@@ -5,6 +5,7 @@
 #include "JpegCodec.h"
 #include "JpegSegments.h"
 #include "PhotoReader.h"
+#include "RawDecoder.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -89,4 +90,30 @@ cv::Mat quickJpegPreview(const QByteArray& bytes)
     } catch (const std::exception&) {  // cv::Exception and std::bad_alloc alike
         return cv::Mat();
     }
+}
+
+Photo quickPreview(const QByteArray& bytes)
+{
+    Photo quick;
+    if (!looksLikeRaw(bytes)) {
+        quick.pixels = quickJpegPreview(bytes);
+        if (!quick.pixels.empty())
+            quick.iccProfile = probeImageHeader(bytes)->iccProfile;
+        return quick;
+    }
+    cv::Size full;
+    const std::optional<Photo> half = decodeRawHalfSize(bytes, kMaxPhotoPixels, &full);
+    if (!half || full.width < 1 || full.height < 1)
+        return quick;
+    const double s = previewScale(full.width, full.height);
+    const cv::Size target(cvRound(full.width * s), cvRound(full.height * s));
+    if (target.width < 1 || target.height < 1)
+        return quick;
+    try {
+        // Developed into sRGB: no profile to go with it.
+        cv::resize(half->pixels, quick.pixels, target, 0, 0, cv::INTER_AREA);
+    } catch (const std::exception&) {  // cv::Exception and std::bad_alloc alike
+        quick.pixels.release();
+    }
+    return quick;
 }

@@ -1,8 +1,8 @@
 // Everything opening a photograph computes before the document takes it
 // over, as plain functions that may run on any thread: the photograph read
 // with readPhoto, the preview and thumbnail derived from it, the screen's
-// conversion of its profile; and, for a large JPEG, a quick first preview
-// decoded at a fraction of its size to show while the rest is decoded.
+// conversion of its profile; and, for a large JPEG or a camera RAW, a quick
+// first preview to show while the rest is decoded.
 #pragma once
 
 #include "DisplayProfile.h"
@@ -38,3 +38,9 @@ LoadedPhoto loadPhoto(const QString& path);
 // of the full decode. Empty when the bytes are not a whole JPEG under the
 // pixel cap, or when no scaling would help (a photograph already small).
 cv::Mat quickJpegPreview(const QByteArray& bytes);
+
+// The quick first preview of a photograph, of the size of its preview: a
+// JPEG's from quickJpegPreview, a camera RAW's developed at half size (no
+// demosaic), with the profile it is shown with. Empty pixels for other
+// formats and where quickJpegPreview gives none.
+Photo quickPreview(const QByteArray& bytes);

@@ -110,7 +110,13 @@ bool looksLikeRaw(const QByteArray& head)
     return head.mid(6, 8) == QByteArray("HEAPCCDR");  // CRW
 }
 
-std::optional<Photo> decodeRaw(const QByteArray& bytes, qint64 maxPixels, QString* error)
+namespace {
+
+// The development both the photograph and its quick first look take; the
+// half-size one skips the demosaic. `fullSize`, when given, receives the
+// upright size of the full development.
+std::optional<Photo> develop(const QByteArray& bytes, qint64 maxPixels, bool halfSize, cv::Size* fullSize,
+                             QString* error)
 {
     try {
         auto raw = std::make_unique<LibRaw>();
@@ -125,6 +131,7 @@ std::optional<Photo> decodeRaw(const QByteArray& bytes, qint64 maxPixels, QStrin
         out.gamm[0] = 1.0 / 2.4;
         out.gamm[1] = 12.92;
         out.no_auto_bright = 1;
+        out.half_size = halfSize ? 1 : 0;
 
         int rc = raw->open_buffer(const_cast<char*>(bytes.constData()), size_t(bytes.size()));
         if (rc != LIBRAW_SUCCESS)
@@ -134,6 +141,11 @@ std::optional<Photo> decodeRaw(const QByteArray& bytes, qint64 maxPixels, QStrin
         const qint64 picture = qint64(sizes.width) * sizes.height;
         if (picture <= 0 || picture > maxPixels || sensor > maxPixels)
             return fail(error, QStringLiteral("image size %1 x %2 refused").arg(sizes.width).arg(sizes.height));
+        if (fullSize) {
+            // Flips 5 to 7 turn the picture a quarter.
+            const bool turned = sizes.flip & 4;
+            *fullSize = turned ? cv::Size(sizes.height, sizes.width) : cv::Size(sizes.width, sizes.height);
+        }
         if ((rc = raw->unpack()) != LIBRAW_SUCCESS || (rc = raw->dcraw_process()) != LIBRAW_SUCCESS)
             return fail(error, text(rc));
         if (dataError)
@@ -157,4 +169,16 @@ std::optional<Photo> decodeRaw(const QByteArray& bytes, qint64 maxPixels, QStrin
     } catch (const std::exception& ex) {  // cv::Exception, std::bad_alloc
         return fail(error, QString::fromUtf8(ex.what()));
     }
+}
+
+} // namespace
+
+std::optional<Photo> decodeRaw(const QByteArray& bytes, qint64 maxPixels, QString* error)
+{
+    return develop(bytes, maxPixels, false, nullptr, error);
+}
+
+std::optional<Photo> decodeRawHalfSize(const QByteArray& bytes, qint64 maxPixels, cv::Size* fullSize)
+{
+    return develop(bytes, maxPixels, true, fullSize, nullptr);
 }

@@ -24,3 +24,9 @@ bool looksLikeRaw(const QByteArray& head);
 // nothing and sets *error (when given) for a file it cannot read, also one
 // whose sensor data ends early.
 std::optional<Photo> decodeRaw(const QByteArray& bytes, qint64 maxPixels, QString* error);
+
+// A first look for the preview: LibRaw's half-size development (each 2 x 2
+// block of sensor cells one pixel, no demosaic), several times faster than
+// decodeRaw and otherwise alike. `*fullSize` receives the upright size
+// decodeRaw gives.
+std::optional<Photo> decodeRawHalfSize(const QByteArray& bytes, qint64 maxPixels, cv::Size* fullSize);

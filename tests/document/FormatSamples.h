@@ -20,11 +20,11 @@ struct HeifSample {
     bool avif = false;
     int orientation = 1;
     QByteArray iccProfile;  // none when empty
-    int bitDepth = 8;       // 8 or 10
+    int bitDepth = 8;       // 8, 10 or 12
     int quality = 92;
     QByteArray exifSegment;  // a JPEG APP1 "Exif" segment to embed; none when empty
 };
-// Encodes an upright BGR or BGRA photo (CV_8U, or CV_16U for 10 bits).
+// Encodes an upright BGR or BGRA photo (CV_8U, or CV_16U for 10 or 12 bits).
 // The picture is stored turned by the inverse of `orientation`, which libheif
 // records as transformations (irot/imir), so a reader that skips the transformations
 // gets a sideways or mirrored picture. False when libheif refused.

@@ -1,7 +1,9 @@
-// The quick first preview of a JPEG: decoded at a fraction of its size, it
-// has the size of the preview of the full decode, the same orientation, and
-// nearly its pixels; it is not made where it cannot help or cannot be
-// trusted (a small photograph, another format, a cut-off file).
+// The quick first preview of a JPEG (decoded at a fraction of its size) or
+// a camera RAW (developed at half size): it has the size of the preview of
+// the full decode, the same orientation, and nearly its pixels; it is not
+// made where it cannot help or cannot be trusted (a small JPEG, another
+// format, a cut-off file).
+#include "FormatSamples.h"
 #include "PhotoLoading.h"
 
 #include <QProcess>
@@ -32,6 +34,9 @@ private slots:
         QTest::newRow("small: nothing to gain") << "jpg" << QSize(1000, 700) << 1 << false;
         QTest::newRow("PNG") << "png" << QSize(2400, 1600) << 1 << false;
         QTest::newRow("cut-off JPEG") << "cut" << QSize(2400, 1600) << 1 << false;
+        QTest::newRow("DNG") << "dng" << QSize(2400, 1600) << 1 << true;
+        QTest::newRow("DNG held upright (6)") << "dng" << QSize(1600, 2400) << 6 << true;
+        QTest::newRow("cut-off DNG") << "cut dng" << QSize(2400, 1600) << 1 << false;
     }
     void quickPreview()
     {
@@ -51,14 +56,19 @@ private slots:
                      0);
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
-        QByteArray bytes = file.readAll();
-        if (format == "cut")
+        CameraExif camera;
+        camera.make = "Melo Optics";
+        camera.model = "Test Body 24";
+        QByteArray bytes = format.contains("dng") ? makeDng(big, orientation, camera) : file.readAll();
+        if (format.startsWith("cut"))
             bytes.chop(bytes.size() / 3);
 
-        const cv::Mat preview = quickJpegPreview(bytes);
+        cv::Mat preview = ::quickPreview(bytes).pixels;
         QCOMPARE(!preview.empty(), quick);
         if (!quick)
             return;
+        if (format == "dng")  // shown at 8 bits, as the full preview is
+            preview.convertTo(preview, CV_8U, 1.0 / 257.0);
         const LoadedPhoto full = loadPhotoBytes(bytes);
         QVERIFY(full.ok());
         QCOMPARE(preview.size(), full.preview.size());

@@ -124,7 +124,7 @@ private slots:
 
     // HEIC, AVIF, WebP and DNG in, each upright (stored turned by
     // orientation 6 where the format has one) and close to the photo graded;
-    // a cut-off HEIC is an image that failed.
+    // a cut-off HEIC or DNG is an image that failed.
     void applyReadsEveryFormat_data()
     {
         QTest::addColumn<QString>("format");
@@ -132,6 +132,7 @@ private slots:
         for (const char* format : {"heic", "avif", "webp", "dng"})
             QTest::newRow(format) << QString::fromLatin1(format) << false;
         QTest::newRow("cut-off heic") << QStringLiteral("heic") << true;
+        QTest::newRow("cut-off dng") << QStringLiteral("dng") << true;
     }
     void applyReadsEveryFormat()
     {
