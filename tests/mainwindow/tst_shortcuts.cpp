@@ -6,7 +6,9 @@
 #include "MyDrawLabel.h"
 
 #include <QAbstractButton>
+#include <QHelpEvent>
 #include <QTest>
+#include <QToolTip>
 
 namespace {
 
@@ -95,6 +97,30 @@ private slots:
             effect = QStringLiteral("compare");
         }
         QTEST(effect, "effect");
+    }
+
+    // The tool tip a button shows names its key, added to the button's own
+    // tip (the eye) or to its caption.
+    void toolTipsNameTheKeys_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("tip");
+        QTest::newRow("add image") << "addImageBtn" << "添加图片 (Ctrl+O)";
+        QTest::newRow("save") << "m_right_down_saveBtn" << "保存 (Ctrl+S)";
+        QTest::newRow("accept crop") << "yesShapeBtn" << "确定 (Enter)";
+        QTest::newRow("leave crop") << "noShapeBtn" << "取消 (Esc)";
+        QTest::newRow("eye") << "contrastBtn" << "查看原图 (\\)";
+    }
+    void toolTipsNameTheKeys()
+    {
+        QFETCH(QString, button);
+        QAbstractButton* b = s().find<QAbstractButton>(button.toLatin1().constData());
+        QVERIFY(b);
+        const QPoint inside = b->rect().center();
+        QHelpEvent ask(QEvent::ToolTip, inside, b->mapToGlobal(inside));
+        QApplication::sendEvent(b, &ask);
+        QTEST(QToolTip::text(), "tip");
+        QToolTip::hideText();
     }
 };
 
