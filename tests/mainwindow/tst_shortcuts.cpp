@@ -62,6 +62,8 @@ private slots:
         QTest::newRow("Ctrl+S, no photograph") << Where::EditorEmpty << int(Qt::Key_S) << ctrl << "";
         QTest::newRow("Return while cropping") << Where::Cropping << int(Qt::Key_Return) << 0 << "crop accepted";
         QTest::newRow("Enter while cropping") << Where::Cropping << int(Qt::Key_Enter) << 0 << "crop accepted";
+        QTest::newRow("keypad Enter while cropping")
+            << Where::Cropping << int(Qt::Key_Enter) << int(Qt::KeypadModifier) << "crop accepted";
         QTest::newRow("Esc while cropping") << Where::Cropping << int(Qt::Key_Escape) << 0 << "crop left";
         QTest::newRow("Return, not cropping") << Where::Photo << int(Qt::Key_Return) << 0 << "";
         QTest::newRow("Esc, not cropping") << Where::Photo << int(Qt::Key_Escape) << 0 << "";
