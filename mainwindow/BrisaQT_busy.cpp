@@ -107,6 +107,9 @@ void BrisaQT::onQuickPreview(const QString& path, const cv::Mat& shown)
         noShapeImage();
     leaveCompare();
     m_addImageBtn->hide();
+    // The strip is placed for the previous photograph and could lie over
+    // this one; it is of no use until the open ends anyway.
+    m_toolStrip->hide();
     m_quickPreviewShown = true;
     showMatOnLabel(m_drawLabel, shown);
     emit photographPreviewShown(path);
@@ -135,6 +138,7 @@ void BrisaQT::onPhotoLoadFailed(const QString& path, const QString& reason)
         else
             m_drawLabel->clear();
         m_addImageBtn->setVisible(!m_document.hasImage());
+        m_toolStrip->setVisible(m_document.hasImage());
     }
     m_quickPreviewShown = false;
     setEditingEnabled(true);

@@ -7,9 +7,14 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLabel>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QStyle>
 #include <QTest>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include <cstdlib>
 
@@ -28,6 +33,16 @@ QString placePhoto(const QString& sample, const QString& folder, const QString& 
     QDir().mkpath(dir);
     QFile::remove(path);
     QFile::copy(QStringLiteral(MELO_SAMPLES_DIR "/") + sample, path);
+    return path;
+}
+
+QString stretchedPhoto(const QString& name, const QSize& size)
+{
+    const QString path = placePhoto(QStringLiteral("coffee.png"), QStringLiteral("自然景观"), name);
+    cv::Mat stretched;
+    cv::resize(cv::imread(MELO_SAMPLES_DIR "/coffee.png", cv::IMREAD_COLOR), stretched,
+               cv::Size(size.width(), size.height()), 0, 0, cv::INTER_CUBIC);
+    cv::imwrite(path.toStdString(), stretched, {cv::IMWRITE_JPEG_QUALITY, 95});
     return path;
 }
 
@@ -58,6 +73,29 @@ EditorSession::EditorSession()
 }
 
 EditorSession::~EditorSession() = default;
+
+QRect EditorSession::shownPicture() const
+{
+    const auto* view = find<QLabel>("imageView");
+    const QSize picture = view->pixmap(Qt::ReturnByValue).size();
+    if (picture.isEmpty())
+        return QRect();
+    return QStyle::alignedRect(view->layoutDirection(), view->alignment(), picture, view->contentsRect())
+        .translated(view->pos());
+}
+
+QStringList EditorSession::misplacedStrips() const
+{
+    const QRect picture = shownPicture();
+    QStringList misplaced;
+    for (const char* name : {"editorToolStrip", "cropToolStrip"}) {
+        const auto* strip = find<QWidget>(name);
+        if (strip->isVisible()
+            && (strip->geometry().intersects(picture) || !strip->parentWidget()->rect().contains(strip->geometry())))
+            misplaced << QLatin1String(name);
+    }
+    return misplaced;
+}
 
 bool EditorSession::open(const QString& path)
 {

@@ -7,7 +7,9 @@
 #include "BrisaQT.h"
 #include "SmartDraw.h"
 
+#include <QRect>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -21,6 +23,10 @@ bool installPresets();
 // A copy of the sample photograph `sample` at <temp>/photos/<folder>/<name>
 // (`name` defaults to the sample's file name); the folder names the scene.
 QString placePhoto(const QString& sample, const QString& folder, const QString& name = QString());
+
+// The sample photograph coffee.png stretched to `size`, written as `name`
+// (its extension picks the format) in a folder naming the scene "自然景观".
+QString stretchedPhoto(const QString& name, const QSize& size);
 
 // A seed for std::srand after which the next smart draws each pick a scene
 // and a layer, all different: picks[] receives them.
@@ -50,6 +56,13 @@ public:
     // Opens a photograph as the gallery hands it over and waits until the
     // background open has ended; true when it was opened.
     bool open(const QString& path);
+
+    // Where the image view shows its picture, in the coordinates of the
+    // image area that holds the view and the tool strips.
+    QRect shownPicture() const;
+    // The names of the visible tool strips that lie over the shown picture
+    // or reach out of the image area.
+    QStringList misplacedStrips() const;
 
     template <typename T>
     T* find(const char* name) const

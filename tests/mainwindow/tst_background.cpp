@@ -32,10 +32,7 @@ const char kChangeWhileSaving[] = "正在保存图片，保存完成后才能打
 // scene "自然景观" (0); `exif` arguments are given to exiftool afterwards.
 QString bigPhotograph(const QString& name, cv::Size size, const QStringList& exif = {})
 {
-    const QString path = placePhoto(QStringLiteral("coffee.png"), QStringLiteral("自然景观"), name);
-    cv::Mat big;
-    cv::resize(cv::imread(MELO_SAMPLES_DIR "/coffee.png", cv::IMREAD_COLOR), big, size, 0, 0, cv::INTER_CUBIC);
-    cv::imwrite(path.toStdString(), big, {cv::IMWRITE_JPEG_QUALITY, 95});
+    const QString path = stretchedPhoto(name, QSize(size.width, size.height));
     if (!exif.isEmpty())
         QProcess::execute("exiftool", QStringList{"-q", "-overwrite_original", "-n"} + exif + QStringList{path});
     return path;
@@ -237,6 +234,24 @@ private slots:
         QCOMPARE(ended.size(), 1);
         QCOMPARE(preview.size(), 1);
         QCOMPARE(s().doc().m_filePath, first);
+        QVERIFY(s().find<QWidget>("editorToolStrip")->isVisible());
+        QCOMPARE(s().misplacedStrips(), QStringList());
+    }
+
+    // The tool strip, placed for a wide photograph, does not lie over the
+    // quick preview of a 4:3 one that needs it elsewhere; it is back, in its
+    // new place, once the open has ended.
+    void quickPreviewLeavesTheStripOff()
+    {
+        QVERIFY(s().open(stretchedPhoto("wide.png", QSize(1600, 900))));
+        QVERIFY(s().find<QWidget>("editorToolStrip")->isVisible());
+        QStringList misplacedAtPreview{QStringLiteral("no quick preview")};
+        connect(&s().window(), &BrisaQT::photographPreviewShown, this,
+                [&] { misplacedAtPreview = s().misplacedStrips(); });
+        QVERIFY(s().open(bigPhotograph("big.jpg", cv::Size(4000, 3000))));
+        QCOMPARE(misplacedAtPreview, QStringList());
+        QVERIFY(s().find<QWidget>("editorToolStrip")->isVisible());
+        QCOMPARE(s().misplacedStrips(), QStringList());
     }
 };
 

@@ -242,6 +242,35 @@ private slots:
         }
     }
 
+    // The tool strip, and the crop strip while cropping, leave the picture
+    // uncovered for every shape of preview in both window sizes, and move
+    // when the window's size changes.
+    void stripsLeaveThePictureUncovered_data()
+    {
+        QTest::addColumn<QSize>("photo");
+        QTest::addColumn<QSize>("preview");
+        QTest::newRow("4:3") << QSize(800, 600) << QSize(1200, 900);
+        QTest::newRow("16:9") << QSize(1600, 900) << QSize(1200, 675);
+        QTest::newRow("3:4") << QSize(1500, 2000) << QSize(743, 990);
+        QTest::newRow("square") << QSize(1000, 1000) << QSize(1200, 1200);
+    }
+    void stripsLeaveThePictureUncovered()
+    {
+        QFETCH(QSize, photo);
+        QVERIFY(s().open(stretchedPhoto(QStringLiteral("shape.png"), photo)));
+        QTEST(QSize(s().doc().m_dstMat.cols, s().doc().m_dstMat.rows), "preview");
+        for (bool maximise : {true, false}) {
+            maximise ? s().window().clickedMaxBtn() : s().window().clickedNormalBtn();
+            QVERIFY(!s().shownPicture().isEmpty());
+            QVERIFY(s().find<QWidget>("editorToolStrip")->isVisible());
+            QCOMPARE(s().misplacedStrips(), QStringList());
+            button("cropBtn")->click();
+            QVERIFY(s().find<QWidget>("cropToolStrip")->isVisible());
+            QCOMPARE(s().misplacedStrips(), QStringList());
+            button("noShapeBtn")->click();
+        }
+    }
+
     // Switching the scene asks; No keeps the scene and the picture, Yes
     // resets the layers.
     void sceneSwitch()

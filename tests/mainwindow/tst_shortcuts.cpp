@@ -6,7 +6,9 @@
 #include "MyDrawLabel.h"
 
 #include <QAbstractButton>
+#include <QHelpEvent>
 #include <QTest>
+#include <QToolTip>
 
 namespace {
 
@@ -60,6 +62,8 @@ private slots:
         QTest::newRow("Ctrl+S, no photograph") << Where::EditorEmpty << int(Qt::Key_S) << ctrl << "";
         QTest::newRow("Return while cropping") << Where::Cropping << int(Qt::Key_Return) << 0 << "crop accepted";
         QTest::newRow("Enter while cropping") << Where::Cropping << int(Qt::Key_Enter) << 0 << "crop accepted";
+        QTest::newRow("keypad Enter while cropping")
+            << Where::Cropping << int(Qt::Key_Enter) << int(Qt::KeypadModifier) << "crop accepted";
         QTest::newRow("Esc while cropping") << Where::Cropping << int(Qt::Key_Escape) << 0 << "crop left";
         QTest::newRow("Return, not cropping") << Where::Photo << int(Qt::Key_Return) << 0 << "";
         QTest::newRow("Esc, not cropping") << Where::Photo << int(Qt::Key_Escape) << 0 << "";
@@ -95,6 +99,30 @@ private slots:
             effect = QStringLiteral("compare");
         }
         QTEST(effect, "effect");
+    }
+
+    // The tool tip a button shows names its key, added to the button's own
+    // tip (the eye) or to its caption.
+    void toolTipsNameTheKeys_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("tip");
+        QTest::newRow("add image") << "addImageBtn" << "添加图片 (Ctrl+O)";
+        QTest::newRow("save") << "m_right_down_saveBtn" << "保存 (Ctrl+S)";
+        QTest::newRow("accept crop") << "yesShapeBtn" << "确定 (Enter)";
+        QTest::newRow("leave crop") << "noShapeBtn" << "取消 (Esc)";
+        QTest::newRow("eye") << "contrastBtn" << "查看原图 (\\)";
+    }
+    void toolTipsNameTheKeys()
+    {
+        QFETCH(QString, button);
+        QAbstractButton* b = s().find<QAbstractButton>(button.toLatin1().constData());
+        QVERIFY(b);
+        const QPoint inside = b->rect().center();
+        QHelpEvent ask(QEvent::ToolTip, inside, b->mapToGlobal(inside));
+        QApplication::sendEvent(b, &ask);
+        QTEST(QToolTip::text(), "tip");
+        QToolTip::hideText();
     }
 };
 

@@ -113,7 +113,7 @@
       '<form class="modal login-card" id="loginForm" autocomplete="off">' +
       '<button type="button" class="modal-close" aria-label="关闭">×</button>' +
       '<div class="login-brand"><span class="logo-mark">M</span>登录 MELO</div>' +
-      '<p class="login-hint">登录后可同步修图卷、下载云图库原图</p>' +
+      '<p class="login-hint">登录后，客户端标题栏显示账户与修图卷余额</p>' +
       '<label>用户名<input id="loginName" name="name" maxlength="32" placeholder="请输入用户名"></label>' +
       '<label>密码<input id="loginPassword" name="password" type="password" maxlength="64" placeholder="演示环境，任意密码即可"></label>' +
       '<p class="form-error" id="loginError"></p>' +
