@@ -157,7 +157,7 @@ PhotoOutcome gradePhoto(const PresetJob& job, const QString& root, const std::st
         if (!photo)
             return outcome;
         const LayerGradeResult result = gradeLayers(photo->pixels, job.scene, job.selection, root, nullptr,
-                                                     GradeOutputs::ImageOnly);
+                                                     GradeOutputs::OverBase);
         if (result.graded)
             photo->pixels = result.image;
         outcome.written = writePhotoFile(output, *photo);
