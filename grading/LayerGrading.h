@@ -39,10 +39,13 @@ struct LayerGradeResult {
     bool graded = false;    // at least one layer was applied
 };
 
-// What a grading hands back. ImageOnly (a save, a batch) lets each layer
-// blend over its own LUT output in place: a picture-sized buffer less per
-// layer, whose fresh pages cost more than the blend itself on a large photo.
-enum class GradeOutputs { WithLutOutput, ImageOnly };
+// What a grading hands back. ImageOnly (a save) grades each layer and blends
+// it a few rows at a time, over the previous layer's result: no picture-sized
+// LUT output, whose fresh pages cost more than the blend itself on a large
+// photo. OverBase (a batch, which needs only the graded photo) does the same
+// and grades the base's own pixels in place when they are already in a
+// gradable form: no new picture at all.
+enum class GradeOutputs { WithLutOutput, ImageOnly, OverBase };
 
 // What the last grading of one picture computed, layer by layer. Given to
 // gradeLayers again with the same picture (the same pixels, which nobody has

@@ -182,11 +182,16 @@ private slots:
         const LayerGradeResult result = gradeLayers(base, 1, selection, kLibrary);
         QVERIFY(result.graded);
         QTEST(result.image.type(), "gradedType");
-        // Blending over the LUT outputs' own memory (a save, a batch) gives the
-        // same picture and never writes into the photograph.
+        // Grading a few rows at a time without LUT outputs (a save) gives the
+        // same picture and never writes into the photograph; a batch's photo,
+        // given up, is graded in its own memory when that is gradable as is.
         QVERIFY(sameImage(gradeLayers(base, 1, selection, kLibrary, nullptr, GradeOutputs::ImageOnly).image,
                           result.image));
         QVERIFY(sameImage(base, untouched));
+        cv::Mat givenUp = base.clone();
+        const cv::Mat overBase = gradeLayers(givenUp, 1, selection, kLibrary, nullptr, GradeOutputs::OverBase).image;
+        QVERIFY(sameImage(overBase, result.image));
+        QCOMPARE(overBase.data == givenUp.data, base.type() == result.image.type());
         if (base.channels() % 2 == 0)
             QVERIFY(sameImage(plane(result.image, 3), plane(base, base.channels() - 1)));
         if (base.channels() == 4) {

@@ -157,7 +157,7 @@ PhotoOutcome gradePhoto(const PresetJob& job, const QString& root, const std::st
         if (!photo)
             return outcome;
         const LayerGradeResult result = gradeLayers(photo->pixels, job.scene, job.selection, root, nullptr,
-                                                     GradeOutputs::ImageOnly);
+                                                     GradeOutputs::OverBase);
         if (result.graded)
             photo->pixels = result.image;
         outcome.written = writePhotoFile(output, *photo);
@@ -204,11 +204,14 @@ int runPresetCommand(const Arguments& args)
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, INT_MAX);
 
-    // With a photo per core under way, splitting one photo's grading across
-    // the cores as well only adds hand-overs between threads (measured: a
-    // tenth more time overall on two cores). With fewer photos than cores,
-    // each gets its share of the cores.
-    cv::setNumThreads(std::max(1, QThread::idealThreadCount() / job.jobs));
+    // --jobs bounds the cores the batch keeps busy, as make's does: that many
+    // photos at a time, each graded on one thread, so --jobs 1 leaves the
+    // other cores free. With a photo per core under way, splitting one
+    // photo's grading across the cores as well would only add hand-overs
+    // between threads (measured: a tenth more time on two cores). With fewer
+    // photos than jobs, each photo gets its share of them.
+    const int workers = int(std::min(job.inputs.size(), size_t(job.jobs)));
+    cv::setNumThreads(std::max(1, std::min(job.jobs, QThread::idealThreadCount()) / workers));
 
     // Decoding, grading and encoding of different photos overlap; a few
     // photos more than the workers may wait to be reported in order, so

@@ -21,7 +21,7 @@ const char kUsage[] =
     "  melo-grade preset --scene S [--top I] [--mid I] [--down I] [--strength N]\n"
     "                    [--presets DIR|ARCHIVE] [--jobs N] --out-dir DIR INPUT...\n"
     "      grade every INPUT with the scene's presets into DIR/<name>.jpg, N at a time\n"
-    "      (default: one per core); a bar on a terminal, else one line per photo\n"
+    "      on N cores (default: all); a bar on a terminal, else one line per photo\n"
     "exit codes: 0 done, 1 a LUT or preset could not be read, 2 bad arguments,\n"
     "            3 an image could not be read or written (the others were processed)\n";
 
