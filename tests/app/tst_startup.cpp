@@ -256,8 +256,8 @@ private slots:
 
     // Every way out ends within a few seconds, through the clean-up: a
     // termination signal during the version check, during the unpack, in the
-    // download-folder loop, during an endless download, hidden in the tray
-    // (where closing a notice first must not end the program); and the
+    // download-folder loop, during an endless or a stalled download, hidden
+    // in the tray (where closing a notice first must not end the program); and the
     // window's own close, shown or hidden, which nothing but the window's
     // close ends the program with.
     void quitEndsCleanly_data()
@@ -274,6 +274,9 @@ private slots:
                                               << QString::fromUtf8("notice:提示") << false;
         // The dialog's title is its window title, kept from the design.
         QTest::newRow("endless download") << 0 << false << download.arg("location.origin + \"/test/endless\"")
+                                          << QString::fromUtf8("notice:系统设置") << false;
+        // Headers and a few bytes, then nothing: the transfer sits waiting.
+        QTest::newRow("stalled download") << 0 << false << download.arg("location.origin + \"/test/stall?ms=600000\"")
                                           << QString::fromUtf8("notice:系统设置") << false;
         QTest::newRow("hidden in the tray") << 0 << false << "app.onMinSystemTray();" << QString() << false;
         QTest::newRow("notice closed while hidden")
