@@ -2,12 +2,17 @@
 
 #include "GlobalConstants.h"
 
-#include <QCryptographicHash>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QPointer>
 
 #ifndef Q_OS_WIN
+#include "PresetFolder.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 #endif
 
@@ -17,55 +22,41 @@ const char kShowRequest[] = "show\n";
 const char kShowDone[] = "shown\n";
 
 #ifndef Q_OS_WIN
-QString runtimeFolder()
+// A file beside the preset library in the user's owner-only folder.
+QString besidePresets(const char* suffix)
 {
-    return QString::fromLocal8Bit(qgetenv("XDG_RUNTIME_DIR"));
+    const QString folder = presetUnpackParent();
+    if (folder.isEmpty())
+        return QString();
+    return folder + QLatin1Char('/') + QString::fromUtf8(kProductName) + QString::fromLatin1(suffix);
 }
 #endif
 
 } // namespace
 
-QString perUserInstanceKey(const char* base)
-{
-    QString key = QString::fromUtf8(base);
 #ifndef Q_OS_WIN
-    key += QStringLiteral("-%1").arg(static_cast<qulonglong>(::getuid()));
-    const QString runtime = runtimeFolder();
-    if (!runtime.isEmpty()) {
-        const QByteArray digest = QCryptographicHash::hash(runtime.toUtf8(), QCryptographicHash::Sha1);
-        key += QLatin1Char('-') + QString::fromLatin1(digest.toHex().left(16));
-    }
-#endif
-    return key;
+QString instanceLockPath()
+{
+    return besidePresets(".lock");
 }
+#endif
 
 QString showRequestServerName()
 {
-#ifndef Q_OS_WIN
-    // The runtime folder belongs to the user alone; a socket there cannot be
-    // taken over by anyone else.
-    const QString runtime = runtimeFolder();
-    if (!runtime.isEmpty())
-        return runtime + QStringLiteral("/MELO.show");
+#ifdef Q_OS_WIN
+    return QString::fromUtf8(kInstanceMemoryKey) + QStringLiteral(".show");
+#else
+    // Nobody else can enter the folder, so nobody else can take the name.
+    return besidePresets(".show");
 #endif
-    return perUserInstanceKey(kInstanceMemoryKey) + QStringLiteral(".show");
 }
 
+#ifdef Q_OS_WIN
 SingleInstanceGuard::SingleInstanceGuard()
-    : m_semaphore(perUserInstanceKey(kInstanceSemaphoreKey), 1, QSystemSemaphore::Open),
-      m_memory(perUserInstanceKey(kInstanceMemoryKey))
+    : m_semaphore(QString::fromUtf8(kInstanceSemaphoreKey), 1, QSystemSemaphore::Open),
+      m_memory(QString::fromUtf8(kInstanceMemoryKey))
 {
     m_semaphore.acquire();
-#ifndef Q_OS_WIN
-    // A System V segment outlives a copy that was killed. Attaching and
-    // detaching once removes a segment nobody else is attached to, so only a
-    // live copy still holds it afterwards.
-    {
-        QSharedMemory probe(m_memory.key());
-        if (probe.attach(QSharedMemory::ReadWrite))
-            probe.detach();
-    }
-#endif
     if (m_memory.attach(QSharedMemory::ReadWrite)) {
         m_anotherRunning = true;
         m_memory.detach();
@@ -77,9 +68,38 @@ SingleInstanceGuard::SingleInstanceGuard()
 }
 
 SingleInstanceGuard::~SingleInstanceGuard() = default;
+#else
+SingleInstanceGuard::SingleInstanceGuard()
+{
+    // Without a safe folder, or when the lock cannot be taken for another
+    // reason than a holder, the guard is weaker; start anyway.
+    const QString path = instanceLockPath();
+    if (path.isEmpty())
+        return;
+    m_lockFd = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (m_lockFd < 0)
+        return;
+    // The lock is the guard: taking it decides between copies started at
+    // the same moment, and it goes with its holder, even a killed one. The
+    // file stays; removing it could let two copies lock different files.
+    if (::flock(m_lockFd, LOCK_EX | LOCK_NB) != 0) {
+        m_anotherRunning = errno == EWOULDBLOCK;
+        ::close(m_lockFd);
+        m_lockFd = -1;
+    }
+}
+
+SingleInstanceGuard::~SingleInstanceGuard()
+{
+    if (m_lockFd >= 0)
+        ::close(m_lockFd);
+}
+#endif
 
 bool SingleInstanceGuard::askRunningCopyToShow(int timeoutMs)
 {
+    if (showRequestServerName().isEmpty())
+        return false;
     QLocalSocket socket;
     socket.connectToServer(showRequestServerName());
     if (!socket.waitForConnected(timeoutMs))
@@ -96,8 +116,13 @@ bool SingleInstanceGuard::askRunningCopyToShow(int timeoutMs)
 
 bool SingleInstanceGuard::listenForShowRequests(std::function<void()> show)
 {
-    if (m_anotherRunning)
+    if (m_anotherRunning || showRequestServerName().isEmpty())
         return false;
+#ifndef Q_OS_WIN
+    // Unguarded, the socket of a copy that does hold the guard may be live.
+    if (m_lockFd < 0)
+        return false;
+#endif
     m_server = std::make_unique<QLocalServer>();
     m_server->setSocketOptions(QLocalServer::UserAccessOption);
     // Only the copy that owns the guard gets here, so a socket left by a copy

@@ -1,33 +1,42 @@
-// Only one copy of the program may run per user. A named system semaphore
-// serialises the attach-or-create of a one-byte shared-memory segment between
-// copies started at the same moment, so exactly one of them owns the segment.
-// The copy that owns it listens on a local socket, so a later copy, which
-// exits at once, can first ask it to bring its window forward.
+// Only one copy of the program may run per user. On Windows a named system
+// semaphore serialises the attach-or-create of a one-byte shared-memory
+// segment between copies started at the same moment, so exactly one of them
+// owns the segment. Elsewhere those objects would hang on key files in the
+// shared temporary folder, where another user can plant them first (a
+// semaphore at zero freezes the start for good); there the guard is an
+// exclusive lock on a file in the user's owner-only folder (PresetFolder.h),
+// which the system drops when the holder ends, however it ends.
+// The copy that owns the guard listens on a local socket, so a later copy,
+// which exits at once, can first ask it to bring its window forward.
 #pragma once
 
-#include <QSharedMemory>
 #include <QString>
+#ifdef Q_OS_WIN
+#include <QSharedMemory>
 #include <QSystemSemaphore>
+#endif
 
 #include <functional>
 #include <memory>
 
 class QLocalServer;
 
-// The names of the guard's objects for the user running the program. On
-// Windows they are the fixed names. Elsewhere the user id and the user's
-// runtime folder ($XDG_RUNTIME_DIR) are added, so each user (each login
-// session with its own runtime folder) has a guard of its own.
-QString perUserInstanceKey(const char* base);
-// Where the running copy listens for a later copy: in the user's runtime
-// folder when there is one, else a name with the user id.
+#ifndef Q_OS_WIN
+// The lock file of the guard: in the user's owner-only folder, so each user
+// (each login session with its own runtime folder) has a guard of its own.
+// Empty when no safe folder exists; the program then runs unguarded.
+QString instanceLockPath();
+#endif
+// Where the running copy listens for a later copy: the fixed name on Windows,
+// beside the lock file elsewhere (empty when there is none).
 QString showRequestServerName();
 
 class SingleInstanceGuard
 {
 public:
-    // Takes the semaphore, probes and claims the segment, releases the
-    // semaphore. Both objects stay alive as long as the guard.
+    // Windows: takes the semaphore, probes and claims the segment, releases
+    // the semaphore; both objects stay alive as long as the guard. Elsewhere:
+    // takes the lock, held as long as the guard.
     SingleInstanceGuard();
     ~SingleInstanceGuard();
 
@@ -44,8 +53,12 @@ public:
     bool listenForShowRequests(std::function<void()> show);
 
 private:
+#ifdef Q_OS_WIN
     QSystemSemaphore m_semaphore;
     QSharedMemory m_memory;
+#else
+    int m_lockFd = -1;
+#endif
     bool m_anotherRunning = false;
     std::unique_ptr<QLocalServer> m_server;
 };

@@ -52,6 +52,13 @@ TerminationSignalWatcher::TerminationSignalWatcher(void (*onSignal)(), QObject* 
     action.sa_flags = SA_RESTART;
     ::sigaction(SIGTERM, &action, nullptr);
     ::sigaction(SIGINT, &action, nullptr);
+    // A hang-up (the terminal it was started from closes) is a way out too,
+    // unless the program was started to outlive it (nohup).
+    struct sigaction hangUp = {};
+    if (::sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
+        ::sigaction(SIGHUP, &action, nullptr);
+        m_hangUpHandled = true;
+    }
 #endif
 }
 
@@ -62,6 +69,8 @@ TerminationSignalWatcher::~TerminationSignalWatcher()
         return;
     ::signal(SIGTERM, SIG_DFL);
     ::signal(SIGINT, SIG_DFL);
+    if (m_hangUpHandled)
+        ::signal(SIGHUP, SIG_DFL);
     g_onSignal = nullptr;
     delete m_notifier;
     m_notifier = nullptr;

@@ -1,4 +1,5 @@
-// On Unix a SIGTERM or SIGINT asks the event loop to quit, so the program
+// On Unix a SIGTERM, SIGINT or SIGHUP (not when started ignoring it, as
+// nohup does) asks the event loop to quit, so the program
 // leaves through its normal exit path and cleans up. Elsewhere it does nothing.
 // Made before the version check: start-up steps that block the GUI thread
 // look at requested() and the optional hook ends blocking work at once.
@@ -26,4 +27,5 @@ private slots:
 private:
 
     QSocketNotifier* m_notifier = nullptr;
+    bool m_hangUpHandled = false;
 };

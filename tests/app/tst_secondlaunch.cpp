@@ -9,6 +9,10 @@
 #include <QTest>
 #include <QWidget>
 
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 // What a window manager does when the user minimises a window: unmap it and
@@ -43,6 +47,11 @@ class TestSecondLaunch : public QObject
         if (!runtimeFolder.isEmpty())
             env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeFolder);
         return m_runs.start(QStringLiteral(MELO_EXE), env);
+    }
+
+    static bool ownerOnly(const QString& folder)
+    {
+        return QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     }
 
     static bool exitedWith1(QProcess* process)
@@ -83,8 +92,7 @@ private slots:
     void copiesOfTwoUsersRunAtOnce()
     {
         QTemporaryDir otherUser;
-        QVERIFY(QFile::setPermissions(otherUser.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner
-                                                           | QFileDevice::ExeOwner));
+        QVERIFY(ownerOnly(otherUser.path()));
         QProcess* mine = startMelo();
         QVERIFY(!firstWindowOf(mine).isEmpty());
         QProcess* theirs = startMelo(otherUser.path());
@@ -93,6 +101,50 @@ private slots:
         QVERIFY(exitedWith1(startMelo()));
         QCOMPARE(mine->state(), QProcess::Running);
         QCOMPARE(theirs->state(), QProcess::Running);
+    }
+
+    // The guard keeps nothing where other users may write first: with a
+    // runtime folder nothing at all lands in the shared temporary folder,
+    // without one only the user's owner-only folder. Whatever another user
+    // planted there (a link in its place) cannot stop the start; the guard
+    // then gives up and nothing is written where the link points.
+    void guardOutOfOtherUsersReach_data()
+    {
+        QTest::addColumn<bool>("runtimeFolder");
+        QTest::addColumn<bool>("planted");
+        QTest::newRow("runtime folder") << true << false;
+        QTest::newRow("temporary folder") << false << false;
+        QTest::newRow("link planted") << false << true;
+    }
+    void guardOutOfOtherUsersReach()
+    {
+        QFETCH(bool, runtimeFolder);
+        QFETCH(bool, planted);
+        QTemporaryDir shared, runtime, elsewhere;
+        QVERIFY(::chmod(QFile::encodeName(shared.path()).constData(), 01777) == 0);  // as /tmp
+        QVERIFY(ownerOnly(runtime.path()) && ownerOnly(elsewhere.path()));
+        const QString own = QStringLiteral("melo-%1").arg(::geteuid());
+        if (planted)
+            QVERIFY(QFile::link(elsewhere.path(), shared.path() + "/" + own));
+        QProcessEnvironment env;
+        env.insert(QStringLiteral("TMPDIR"), shared.path());
+        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeFolder ? runtime.path() : QString());
+        QProcess* first = m_runs.start(QStringLiteral(MELO_EXE), env);
+        QVERIFY(!firstWindowOf(first).isEmpty());
+        if (!planted)
+            QVERIFY(exitedWith1(m_runs.start(QStringLiteral(MELO_EXE), env)));
+        QCOMPARE(first->state(), QProcess::Running);
+        QStringList entries = QDir(shared.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System);
+        // Without a runtime folder Qt makes an owner-only one of its own there.
+        if (const passwd* user = ::getpwuid(::geteuid()))
+            entries.removeAll(QStringLiteral("runtime-") + QString::fromLocal8Bit(user->pw_name));
+        QCOMPARE(entries, runtimeFolder ? QStringList() : QStringList(own));
+        const QFileInfo folder(shared.path() + "/" + own);
+        QCOMPARE(folder.isSymLink(), planted);
+        if (!runtimeFolder && !planted)
+            QCOMPARE(int(folder.permissions() & 0x0077), 0);
+        QCOMPARE(QDir(elsewhere.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System),
+                 QStringList());
     }
 
     // What the running copy does when asked, for each way its window can be

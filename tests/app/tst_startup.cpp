@@ -256,8 +256,10 @@ private slots:
 
     // Every way out ends within a few seconds, through the clean-up: a
     // termination signal during the version check, during the unpack, in the
-    // download-folder loop, during an endless download, hidden in the tray
-    // (where closing a notice first must not end the program).
+    // download-folder loop, during an endless or a stalled download, hidden
+    // in the tray (where closing a notice first must not end the program); and the
+    // window's own close, shown or hidden, which nothing but the window's
+    // close ends the program with.
     void quitEndsCleanly_data()
     {
         QTest::addColumn<int>("initDelayMs");      // the version check's wait
@@ -273,10 +275,17 @@ private slots:
         // The dialog's title is its window title, kept from the design.
         QTest::newRow("endless download") << 0 << false << download.arg("location.origin + \"/test/endless\"")
                                           << QString::fromUtf8("notice:系统设置") << false;
+        // Headers and a few bytes, then nothing: the transfer sits waiting.
+        QTest::newRow("stalled download") << 0 << false << download.arg("location.origin + \"/test/stall?ms=600000\"")
+                                          << QString::fromUtf8("notice:系统设置") << false;
         QTest::newRow("hidden in the tray") << 0 << false << "app.onMinSystemTray();" << QString() << false;
         QTest::newRow("notice closed while hidden")
             << 0 << false << "app.onMinSystemTray();" + download.arg("\"http://127.0.0.1:9/refused\"")
             << QString::fromUtf8("notice:下载失败") << true;
+        const QString closeLater = QStringLiteral("setTimeout(function () { app.closeToWindows(); }, 3000);");
+        QTest::newRow("closed by the page") << 0 << false << closeLater << QString() << false;
+        QTest::newRow("closed by the page while hidden")
+            << 0 << false << "app.onMinSystemTray();" + closeLater << QString() << false;
     }
     void quitEndsCleanly()
     {
@@ -290,11 +299,17 @@ private slots:
         writeSettingValue(kProductKey, kInstallLocation, install.path());
         if (!script.contains("clickedRefreshBtn"))  // the loop asks for a folder
             writeSettingValue(kProductKey, kDownLoadPath, saved.path());
-        // An extractor that keeps writing into the preset folder until ended.
+        // An extractor that keeps writing into the preset folder until ended:
+        // one process, as 7-Zip is (a shell script's mkdir could outlive the
+        // shell by a moment and make the folder again).
         if (slowExtractor)
             QVERIFY(writeFileBytes(bin.path() + "/7z",
-                                   "#!/bin/sh\nfor a; do case $a in -o*) out=${a#-o};; esac; done\n"
-                                   "while true; do mkdir -p \"$out/MELO\"; : > \"$out/MELO/late\"; sleep 0.1; done\n",
+                                   "#!/usr/bin/python3\nimport os, sys, time\n"
+                                   "out = [a[2:] for a in sys.argv if a.startswith('-o')][0] + '/MELO'\n"
+                                   "while True:\n"
+                                   "    os.makedirs(out, exist_ok=True)\n"
+                                   "    open(out + '/late', 'w').close()\n"
+                                   "    time.sleep(0.1)\n",
                                    true));
         QVERIFY(writeProbePages(pages.path(), script));
         TestService service;
@@ -346,7 +361,8 @@ private slots:
 
         QElapsedTimer clock;
         clock.start();
-        melo->terminate();
+        if (!script.contains("closeToWindows"))
+            melo->terminate();
         QVERIFY(melo->waitForFinished(15000));
         QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
         QVERIFY(melo->exitStatus() == QProcess::NormalExit && melo->exitCode() == 0);
