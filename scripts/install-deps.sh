@@ -7,7 +7,7 @@ set -euo pipefail
 PACKAGES=(
   # build
   build-essential cmake pkg-config
-  qtbase5-dev libqt5svg5-dev qtwebengine5-dev libqt5webchannel5-dev
+  qtbase5-dev libqt5svg5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5x11extras5-dev
   libopencv-dev libjpeg62-turbo-dev libcurl4-openssl-dev libjsoncpp-dev
   libcpp-httplib-dev libssl-dev openssl
   # photographs: colour profiles, HEIF/AVIF, camera RAW, TIFF, Qt's own Chinese texts
