@@ -21,6 +21,8 @@ namespace {
 
 const char kFailedTitle[] = "下载失败";
 const char kBatchDoneText[] = "多文件下载已经全部完成";
+// Far above any avatar picture (at most 4096 x 4096 pixels are decoded).
+constexpr qint64 kMostAvatarBytes = qint64(16) << 20;
 
 QString downLoadFolder()
 {
@@ -121,6 +123,10 @@ void DownLoadDialog::startDownload(const QString& url)
     m_request->url = url.toUtf8().toStdString();
     m_download = QSharedPointer<filedownload>::create();
     m_download->setTargetPath(m_savePath);
+    // A page chooses the avatar's address: whatever it points at may not
+    // fill the user's disk.
+    if (m_kind == UserIcon)
+        m_download->setMaxBytes(kMostAvatarBytes);
     connect(m_download.data(), SIGNAL(slot_request_finish(Easy_request*, bool)), this,
             SLOT(ondownloadfinish(Easy_request*, bool)));
     connect(m_download.data(), SIGNAL(slot_progress(filedownload*, float)), this,

@@ -1,7 +1,7 @@
 // The threads downloads run on: a pool of their own, apart from the global
-// one, that takes another thread whenever all are busy, so transfers that
-// stall never hold up a new one (each ends at the latest by the low-speed
-// rule of filedownload).
+// one, that takes another thread whenever all are busy (up to 32), so
+// transfers that stall never hold up a new one (each ends at the latest by
+// the low-speed rule of filedownload).
 #pragma once
 
 class QRunnable;

@@ -35,6 +35,7 @@ bool filedownload::set_options()
         && checked(curl_easy_setopt(curl, CURLOPT_TCP_KEEPALIVE, 1L), "alive failed")
         && checked(curl_easy_setopt(curl, CURLOPT_TCP_KEEPIDLE, kKeepAliveIdleSeconds), "alive failed")
         && checked(curl_easy_setopt(curl, CURLOPT_TCP_KEEPINTVL, kKeepAliveIntervalSeconds), "alive failed")
+        && checked(curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE, curl_off_t(m_maxBytes)), "max size failed")
         && watch_progress();
 }
 
@@ -54,6 +55,11 @@ size_t filedownload::write_function(char* data, size_t size, size_t count)
     if (!m_file)
         return Easy_request::write_function(data, size, count);
     const qint64 bytes = static_cast<qint64>(size * count);
+    // An announced length over the bound is refused by libcurl; this catches
+    // a body that does not announce one.
+    m_received += bytes;
+    if (m_maxBytes > 0 && m_received > m_maxBytes)
+        return 0;
     if (m_file->write(data, bytes) != bytes) {
         m_writeFailed = true;
         return 0;
@@ -85,6 +91,7 @@ bool filedownload::request(net_request* req)
     if (m_targetPath.isEmpty())
         return Easy_request::request(req);
     m_writeFailed = false;
+    m_received = 0;
     const bool ok = streamToTarget(req);
     emit slot_request_finish(this, ok);
     return ok;

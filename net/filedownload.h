@@ -24,6 +24,9 @@ public:
     bool request(net_request* req) override;
 
     void setTargetPath(const QString& path) { m_targetPath = path; }
+    // A body longer than this (bytes; 0: no bound) ends the transfer as
+    // failed, whether its length is announced or not.
+    void setMaxBytes(qint64 bytes) { m_maxBytes = bytes; }
     QString targetPath() const { return m_targetPath; }
     // The last request failed because its file could not be written: the
     // temporary file could not be made, a write failed or the rename did.
@@ -45,6 +48,8 @@ private:
 
     QString m_targetPath;
     QSaveFile* m_file = nullptr;   // only while streaming
+    qint64 m_maxBytes = 0;
+    qint64 m_received = 0;
     bool m_writeFailed = false;
 };
 

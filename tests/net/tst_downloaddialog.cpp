@@ -236,6 +236,30 @@ private slots:
         removeSettingValue(kProductKey, kInstallLocation);
     }
 
+    // The page chooses the avatar's address: a body over the bound, its
+    // length announced or not, ends as a failed avatar download at once and
+    // leaves nothing in the cache.
+    void avatarBodyIsBounded_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("length announced") << QStringLiteral("/test/large?bytes=%1").arg(64 << 20);
+        QTest::newRow("chunked") << QStringLiteral("/test/chunked?bytes=%1").arg(64 << 20);
+    }
+    void avatarBodyIsBounded()
+    {
+        QFETCH(QString, path);
+        const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
+        QVERIFY(QDir(cache).removeRecursively());
+        ModalAnswerer answerer;
+        answerer.answer(QMessageBox::Yes);
+        auto* dialog = new DownLoadDialog(nullptr, m_service.httpUrl(path), "avatar_big.jpg", 0);
+        QSignalSpy loaded(dialog, &DownLoadDialog::onLoadUserIcon);
+        QVERIFY(answerer.waitAllAnswered(20000));
+        QCOMPARE(answerer.seen().first().text, QStringLiteral("下载用户头像失败！"));
+        QCOMPARE(loaded.count(), 0);
+        QCOMPARE(QDir(cache).entryList(QDir::Files), QStringList());
+    }
+
     // What each kind fetches and tells the user. A batch names the first
     // picture as a page hands it over, the others percent-encoded; "refused"
     // stands for a port nothing listens on.
