@@ -1,5 +1,6 @@
 #include "PhotoLoading.h"
 
+#include "ImageCodecs.h"
 #include "ImageHeaders.h"
 #include "ImagePreview.h"
 #include "JpegCodec.h"
@@ -77,7 +78,7 @@ cv::Mat quickJpegPreview(const QByteArray& bytes)
         // The orientation is applied here, as readPhoto does, not by OpenCV.
         reduced = decodeJpeg(bytes, factor, true, kMaxPhotoPixels);
         if (reduced.empty())
-            reduced = cv::imdecode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())),
+            reduced = ImageCodecs::decode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())),
                                    mode | cv::IMREAD_IGNORE_ORIENTATION);
         if (reduced.empty())
             return cv::Mat();

@@ -1,6 +1,7 @@
 #include "PhotoReader.h"
 
 #include "HeifDecoder.h"
+#include "ImageCodecs.h"
 #include "ImageHeaders.h"
 #include "JpegCodec.h"
 #include "JpegSegments.h"
@@ -135,7 +136,7 @@ PhotoReadResult decodePhoto(const QByteArray& bytes, qint64 maxPixels)
     // the other formats): OpenCV's decoders.
     if (pixels.empty()) {
         try {
-            pixels = cv::imdecode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())),
+            pixels = ImageCodecs::decode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())),
                                   cv::IMREAD_UNCHANGED);
         } catch (const std::exception&) {  // cv::Exception and std::bad_alloc alike
             pixels.release();

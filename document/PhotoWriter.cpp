@@ -1,5 +1,6 @@
 #include "PhotoWriter.h"
 
+#include "ImageCodecs.h"
 #include "ImageHeaders.h"
 #include "JpegCodec.h"
 #include "JpegSegments.h"
@@ -21,7 +22,7 @@ QByteArray encodeWithOpenCv(const cv::Mat& pixels, const char* extension, const 
 {
     try {
         std::vector<uchar> buffer;
-        if (pixels.empty() || !cv::imencode(extension, pixels, buffer, params))
+        if (pixels.empty() || !ImageCodecs::encode(extension, pixels, buffer, params))
             return QByteArray();
         return QByteArray(reinterpret_cast<const char*>(buffer.data()), int(buffer.size()));
     } catch (const std::exception&) {  // cv::Exception and std::bad_alloc alike

@@ -1,6 +1,7 @@
 #include "MyThread.h"
 
 #include "GlobalConstants.h"
+#include "ImageCodecs.h"
 #include "LayerGrading.h"
 
 #include <QMetaType>
@@ -38,7 +39,7 @@ void MyThread::startThreadSlot(cv::Mat mat, char* szTempFile, int value, int num
         dropWork(num, "no such layer");
         return;
     }
-    const cv::Mat layer = szTempFile ? cv::imread(szTempFile, cv::IMREAD_UNCHANGED) : cv::Mat();
+    const cv::Mat layer = szTempFile ? ImageCodecs::read(szTempFile, cv::IMREAD_UNCHANGED) : cv::Mat();
     if (layer.empty()) {
         dropWork(num, "the graded image cannot be read");
         return;

@@ -12,7 +12,9 @@
 // loop would. The figures are whole-run wall times turned
 // into photos per minute; the processor time the tools used per photo (all
 // their threads) is printed too, as it hardly depends on what else the
-// machine runs. --quick makes three photos and skips ffmpeg and G'MIC.
+// machine runs. batch_melo_start_ms is what a start of melo-grade costs
+// before any photo (reading one table), which every run pays once.
+// --quick makes three photos and skips ffmpeg and G'MIC.
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -168,6 +170,12 @@ int main(int argc, char** argv)
         if (!timeCommands({meloAll}, allRuns[round]) || !timeCommands({meloOne}, oneRuns[round]))
             return 1;
     }
+    std::vector<RunTimes> starts(5);
+    for (RunTimes& start : starts) {
+        if (!timeCommands({"'" MELO_GRADE_PROGRAM "' lut '" + folder + "/table.cube' >/dev/null"}, start))
+            return 1;
+    }
+    printf("batch_melo_start_ms %.1f ms\n", medianRun(starts).wallSeconds * 1000);
     const double melo = report("batch_melo", names.size(), medianRun(allRuns));
     const double jobs1 = report("batch_melo_jobs1", names.size(), medianRun(oneRuns));
     if (!quick) {
