@@ -26,10 +26,10 @@ using Handle = std::unique_ptr<heif_image_handle, Releaser<heif_image_handle, re
 using Image = std::unique_ptr<heif_image, Releaser<heif_image, releaseImage>>;
 using Options = std::unique_ptr<heif_decoding_options, Releaser<heif_decoding_options, heif_decoding_options_free>>;
 
-std::optional<Photo> fail(QString* error, const QString& why)
+std::optional<Photo> fail(DecodeError* error, const QString& why, DecodeError::Kind kind = DecodeError::Damaged)
 {
     if (error)
-        *error = why;
+        *error = DecodeError{kind, why};
     return std::nullopt;
 }
 
@@ -89,7 +89,7 @@ bool looksLikeHeif(const QByteArray& head)
     return kind == heif_filetype_yes_supported || kind == heif_filetype_yes_unsupported;
 }
 
-std::optional<Photo> decodeHeif(const QByteArray& bytes, qint64 maxPixels, QString* error)
+std::optional<Photo> decodeHeif(const QByteArray& bytes, qint64 maxPixels, DecodeError* error)
 {
     try {
         Context context(heif_context_alloc());
@@ -105,8 +105,8 @@ std::optional<Photo> decodeHeif(const QByteArray& bytes, qint64 maxPixels, QStri
 
         const qint64 width = heif_image_handle_get_width(handle.get());
         const qint64 height = heif_image_handle_get_height(handle.get());
-        if (width <= 0 || height <= 0 || width * height > maxPixels)
-            return fail(error, QStringLiteral("image size %1 x %2 refused").arg(width).arg(height));
+        if (overPixelCap(width, height, maxPixels))
+            return fail(error, pixelCapReason(width, height, maxPixels), DecodeError::TooLarge);
 
         const bool alpha = heif_image_handle_has_alpha_channel(handle.get());
         const bool deep = heif_image_handle_get_luma_bits_per_pixel(handle.get()) > 8;

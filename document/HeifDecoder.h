@@ -19,4 +19,4 @@ bool looksLikeHeif(const QByteArray& head);
 // CV_16U scaled to the full 0-65535 range for deeper ones. A file whose
 // image is larger than maxPixels is refused before anything is decoded.
 // Returns nothing and sets *error (when given) for a file it cannot read.
-std::optional<Photo> decodeHeif(const QByteArray& bytes, qint64 maxPixels, QString* error);
+std::optional<Photo> decodeHeif(const QByteArray& bytes, qint64 maxPixels, DecodeError* error);

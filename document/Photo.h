@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 
 #include <opencv2/core.hpp>
 
@@ -22,3 +23,26 @@ struct Photo {
 // a header claiming more is refused before anything is decoded, so a small
 // file can never claim gigabytes.
 inline constexpr qint64 kMaxPhotoPixels = 200'000'000;
+
+// Why a decoder gave no photograph.
+struct DecodeError {
+    enum Kind {
+        Damaged,        // of the decoder's format, but it cannot be decoded
+        TooLarge,       // the header claims more pixels than allowed
+        NotThisFormat,  // not a file of the decoder's format after all
+    };
+    Kind kind = Damaged;
+    QString reason;
+};
+
+// Whether a picture of width x height is more than maxPixels (or has no
+// size); the words every decoder refuses it with.
+inline bool overPixelCap(qint64 width, qint64 height, qint64 maxPixels)
+{
+    return width <= 0 || height <= 0 || width > maxPixels / height;
+}
+inline QString pixelCapReason(qint64 width, qint64 height, qint64 maxPixels)
+{
+    return QStringLiteral("%1 x %2 pixels is more than the %3 megapixels opened")
+        .arg(width).arg(height).arg(maxPixels / 1000000);
+}

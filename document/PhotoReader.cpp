@@ -33,14 +33,17 @@ PhotoReadResult failure(PhotoReadError error, const QString& reason)
 }
 
 // The answer of a decoder of another library (libheif, LibRaw).
-using LibraryDecoder = std::optional<Photo> (*)(const QByteArray&, qint64, QString*);
-PhotoReadResult decodeWith(LibraryDecoder decoder, const QByteArray& bytes, qint64 maxPixels)
+using LibraryDecoder = std::optional<Photo> (*)(const QByteArray&, qint64, DecodeError*);
+PhotoReadResult decodeWith(LibraryDecoder decoder, const QByteArray& bytes, qint64 maxPixels,
+                           DecodeError::Kind* kind = nullptr)
 {
-    QString reason;
-    std::optional<Photo> photo = decoder(bytes, maxPixels, &reason);
+    DecodeError error;
+    std::optional<Photo> photo = decoder(bytes, maxPixels, &error);
+    if (kind)
+        *kind = error.kind;
     if (!photo)
-        return failure(PhotoReadError::Undecodable,
-                       reason.isEmpty() ? QStringLiteral("the picture cannot be decoded") : reason);
+        return failure(error.kind == DecodeError::TooLarge ? PhotoReadError::TooLarge : PhotoReadError::Undecodable,
+                       error.reason.isEmpty() ? QStringLiteral("the picture cannot be decoded") : error.reason);
     PhotoReadResult r;
     r.photo = std::move(photo);
     return r;
@@ -112,9 +115,15 @@ PhotoReadResult decodePhoto(const QByteArray& bytes, qint64 maxPixels)
     // OpenCV decodes, once its header is known.
     if (looksLikeHeif(bytes))
         return decodeWith(decodeHeif, bytes, maxPixels);
-    if (looksLikeRaw(bytes))
-        return decodeWith(decodeRaw, bytes, maxPixels);
     const std::optional<ImageHeader> header = probeImageHeader(bytes);
+    if (looksLikeRaw(bytes)) {
+        DecodeError::Kind kind = DecodeError::Damaged;
+        PhotoReadResult raw = decodeWith(decodeRaw, bytes, maxPixels, &kind);
+        // A TIFF that only looks like a camera's (a scanner's with its make
+        // and sub-images, say) and that LibRaw does not know is still a TIFF.
+        if (raw || kind != DecodeError::NotThisFormat || !header)
+            return raw;
+    }
     if (!header) {
         // A RAW format without a signature of its own: LibRaw decides last.
         PhotoReadResult raw = decodeWith(decodeRaw, bytes, maxPixels);
@@ -122,9 +131,8 @@ PhotoReadResult decodePhoto(const QByteArray& bytes, qint64 maxPixels)
     }
     if (header->width <= 0 || header->height <= 0)
         return failure(PhotoReadError::Undecodable, QStringLiteral("the header gives no size"));
-    if (header->width > maxPixels / header->height)
-        return failure(PhotoReadError::TooLarge, QStringLiteral("%1 x %2 pixels is more than the %3 megapixels opened")
-                                                     .arg(header->width).arg(header->height).arg(maxPixels / 1000000));
+    if (overPixelCap(header->width, header->height, maxPixels))
+        return failure(PhotoReadError::TooLarge, pixelCapReason(header->width, header->height, maxPixels));
     // Both decoders would fill the missing part of a cut-off JPEG with grey.
     if (header->format == ImageFormat::Jpeg && !jpegDataComplete(bytes))
         return failure(PhotoReadError::Truncated, QStringLiteral("the JPEG data is cut off"));

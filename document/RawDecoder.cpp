@@ -12,10 +12,10 @@
 
 namespace {
 
-std::optional<Photo> fail(QString* error, const QString& why)
+std::optional<Photo> fail(DecodeError* error, const QString& why, DecodeError::Kind kind = DecodeError::Damaged)
 {
     if (error)
-        *error = why;
+        *error = DecodeError{kind, why};
     return std::nullopt;
 }
 
@@ -116,7 +116,7 @@ namespace {
 // half-size one skips the demosaic. `fullSize`, when given, receives the
 // upright size of the full development.
 std::optional<Photo> develop(const QByteArray& bytes, qint64 maxPixels, bool halfSize, cv::Size* fullSize,
-                             QString* error)
+                             DecodeError* error)
 {
     try {
         auto raw = std::make_unique<LibRaw>();
@@ -135,12 +135,12 @@ std::optional<Photo> develop(const QByteArray& bytes, qint64 maxPixels, bool hal
 
         int rc = raw->open_buffer(const_cast<char*>(bytes.constData()), size_t(bytes.size()));
         if (rc != LIBRAW_SUCCESS)
-            return fail(error, text(rc));
+            return fail(error, text(rc), rc == LIBRAW_FILE_UNSUPPORTED ? DecodeError::NotThisFormat : DecodeError::Damaged);
         const libraw_image_sizes_t& sizes = raw->imgdata.sizes;
         const qint64 sensor = qint64(sizes.raw_width) * sizes.raw_height;
         const qint64 picture = qint64(sizes.width) * sizes.height;
         if (picture <= 0 || picture > maxPixels || sensor > maxPixels)
-            return fail(error, QStringLiteral("image size %1 x %2 refused").arg(sizes.width).arg(sizes.height));
+            return fail(error, pixelCapReason(sizes.width, sizes.height, maxPixels), DecodeError::TooLarge);
         if (fullSize) {
             // Flips 5 to 7 turn the picture a quarter.
             const bool turned = sizes.flip & 4;
@@ -173,7 +173,7 @@ std::optional<Photo> develop(const QByteArray& bytes, qint64 maxPixels, bool hal
 
 } // namespace
 
-std::optional<Photo> decodeRaw(const QByteArray& bytes, qint64 maxPixels, QString* error)
+std::optional<Photo> decodeRaw(const QByteArray& bytes, qint64 maxPixels, DecodeError* error)
 {
     return develop(bytes, maxPixels, false, nullptr, error);
 }

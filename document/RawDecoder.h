@@ -23,7 +23,7 @@ bool looksLikeRaw(const QByteArray& head);
 // after reading its header, before the sensor data is unpacked. Returns
 // nothing and sets *error (when given) for a file it cannot read, also one
 // whose sensor data ends early.
-std::optional<Photo> decodeRaw(const QByteArray& bytes, qint64 maxPixels, QString* error);
+std::optional<Photo> decodeRaw(const QByteArray& bytes, qint64 maxPixels, DecodeError* error);
 
 // A first look for the preview: LibRaw's half-size development (each 2 x 2
 // block of sensor cells one pixel, no demosaic), several times faster than

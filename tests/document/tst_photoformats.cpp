@@ -9,6 +9,7 @@
 #include "PhotoReader.h"
 #include "PhotoWriter.h"
 #include "RawDecoder.h"
+#include "TiffStructure.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -121,9 +122,9 @@ private slots:
         const QByteArray bytes = fileBytes(file);
         QVERIFY(looksLikeHeif(bytes.left(64)) && !looksLikeRaw(bytes.left(64)));
 
-        QString error;
+        DecodeError error;
         const std::optional<Photo> photo = decodeHeif(bytes, kMaxPhotoPixels, &error);
-        QVERIFY2(photo, qPrintable(error));
+        QVERIFY2(photo, qPrintable(error.reason));
         const cv::Mat& pixels = photo->pixels;
         QCOMPARE(pixels.cols, 600);
         QCOMPARE(pixels.rows, 400);
@@ -146,7 +147,7 @@ private slots:
         QVERIFY(readPixels(file).size == pixels.size);
 
         QVERIFY(!decodeHeif(bytes, 600 * 400 - 1, &error));
-        QVERIFY(error.contains("refused"));
+        QCOMPARE(error.kind, DecodeError::TooLarge);
     }
 
     void raw_data()
@@ -169,9 +170,9 @@ private slots:
         const QByteArray dng = makeDng(upright, orientation, cameraDetails());
         QVERIFY(looksLikeRaw(dng.left(4096)) && !looksLikeHeif(dng.left(4096)));
 
-        QString error;
+        DecodeError error;
         const std::optional<Photo> photo = decodeRaw(dng, kMaxPhotoPixels, &error);
-        QVERIFY2(photo, qPrintable(error));
+        QVERIFY2(photo, qPrintable(error.reason));
         QCOMPARE(photo->pixels.type(), CV_16UC3);
         QCOMPARE(photo->pixels.cols, cols);
         QCOMPARE(photo->pixels.rows, rows);
@@ -183,6 +184,7 @@ private slots:
         QVERIFY(writeFileBytes(file, dng));
         QVERIFY(readPixels(file).size == photo->pixels.size);
         QVERIFY(!decodeRaw(dng, qint64(cols) * rows - 1, &error));
+        QCOMPARE(error.kind, DecodeError::TooLarge);
     }
 
     // The EXIF block of a developed RAW, read back by exiftool from the JPEG
@@ -226,11 +228,11 @@ private slots:
     {
         QFETCH(QByteArray, bytes);
         QFETCH(bool, raw);
-        QString error;
+        DecodeError error;
         const bool decoded = raw ? bool(decodeRaw(bytes, kMaxPhotoPixels, &error))
                                  : bool(decodeHeif(bytes, kMaxPhotoPixels, &error));
         QVERIFY(!decoded);
-        QVERIFY(!error.isEmpty());
+        QVERIFY(!error.reason.isEmpty());
         const QString file = path(QStringLiteral("broken.jpg"));
         QVERIFY(writeFileBytes(file, bytes));
         QVERIFY(readPixels(file).empty());
@@ -247,6 +249,38 @@ private slots:
         // A camera's CR3 is an ISO media file too, but no HEIF.
         const QByteArray cr3("\0\0\0\x18" "ftypcrx \0\0\0\x01" "crx isom", 24);
         QVERIFY(looksLikeRaw(cr3) && !looksLikeHeif(cr3));
+    }
+
+    // A TIFF with a make and sub-images looks like a camera's RAW file; one
+    // that LibRaw does not know (a scanner's, say) is read as the TIFF it is.
+    void tiffLookingLikeRaw()
+    {
+        cv::Mat rgb;
+        cv::cvtColor(m_photo, rgb, cv::COLOR_BGR2RGB);
+        const QByteArray strip(reinterpret_cast<const char*>(rgb.data), int(rgb.total() * rgb.elemSize()));
+        TiffDirectory thumbnail;
+        thumbnail.longs(256, {1});
+        TiffDirectory ifd;
+        ifd.longs(256, {quint32(rgb.cols)});
+        ifd.longs(257, {quint32(rgb.rows)});
+        ifd.shorts(258, {8, 8, 8});
+        ifd.shorts(259, {1});
+        ifd.shorts(262, {2});  // RGB
+        ifd.ascii(271, "Melo Scanners");
+        ifd.dataOffset(273, strip);
+        ifd.shorts(277, {3});
+        ifd.longs(278, {quint32(rgb.rows)});
+        ifd.longs(279, {quint32(strip.size())});
+        ifd.shorts(284, {1});
+        ifd.subDirectory(330, thumbnail);
+        const QByteArray tiff = tiffFile(ifd);
+        QVERIFY(looksLikeRaw(tiff));
+
+        const PhotoReadResult read = decodePhoto(tiff);
+        QVERIFY2(read, qPrintable(read.reason));
+        QCOMPARE(cv::norm(read.photo->pixels, m_photo, cv::NORM_INF), 0.0);
+        // Cut off, it is no photograph either way.
+        QVERIFY(!decodePhoto(tiff.left(tiff.size() / 2)));
     }
 };
 
