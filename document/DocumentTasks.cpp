@@ -43,9 +43,9 @@ void DocumentTasks::open(const QString& path)
         QByteArray bytes;
         const PhotoReadResult read = readPhotoBytes(path, bytes);
         if (!read.reason.isEmpty()) {
-            deliver([this, path, reason = read.reason] {
+            deliver([this, path, reason = read.reason, error = read.error] {
                 m_openPath.clear();
-                emit openFailed(path, reason);
+                emit openFailed(path, reason, error);
             });
             return;
         }
@@ -79,7 +79,7 @@ void DocumentTasks::open(const QString& path)
             if (loaded.ok())
                 emit opened(path, loaded);
             else
-                emit openFailed(path, loaded.reason);
+                emit openFailed(path, loaded.reason, loaded.error);
         });
     });
 }

@@ -44,7 +44,7 @@ public:
 signals:
     void previewReady(const QString& path, const cv::Mat& shown);
     void opened(const QString& path, const LoadedPhoto& loaded);
-    void openFailed(const QString& path, const QString& reason);
+    void openFailed(const QString& path, const QString& reason, PhotoReadError error);
     void saved(const setting& record, const SaveResult& result);
 
 private:

@@ -17,12 +17,14 @@ LoadedPhoto loadPhotoBytes(const QByteArray& bytes)
     PhotoReadResult read = decodePhoto(bytes);
     if (!read) {
         out.reason = read.reason;
+        out.error = read.error;
         return out;
     }
     out.preview = makePreview(read.photo->pixels);
     out.thumbnail = makeThumbnail(out.preview);
     if (out.preview.empty() || out.thumbnail.empty()) {
         out.reason = QStringLiteral("the picture is too thin to be shown");
+        out.error = PhotoReadError::Undecodable;
         return out;
     }
     out.photo = std::move(*read.photo);
@@ -37,6 +39,7 @@ LoadedPhoto loadPhoto(const QString& path)
     if (!read.reason.isEmpty()) {
         LoadedPhoto out;
         out.reason = read.reason;
+        out.error = read.error;
         return out;
     }
     return loadPhotoBytes(bytes);

@@ -7,6 +7,7 @@
 
 #include "DisplayProfile.h"
 #include "Photo.h"
+#include "PhotoReader.h"
 
 #include <QByteArray>
 #include <QString>
@@ -21,6 +22,7 @@ struct LoadedPhoto {
     cv::Mat thumbnail;   // of the preview
     std::shared_ptr<const DisplayProfile> display;
     QString reason;      // why it failed; empty on success
+    PhotoReadError error = PhotoReadError::None;
 
     bool ok() const { return reason.isEmpty(); }
 };

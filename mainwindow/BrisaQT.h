@@ -318,7 +318,7 @@ private:
     bool saveRefused();
     void onQuickPreview(const QString& path, const cv::Mat& shown);
     void onPhotoLoaded(const QString& path, const LoadedPhoto& loaded);
-    void onPhotoLoadFailed(const QString& path, const QString& reason);
+    void onPhotoLoadFailed(const QString& path, const QString& reason, PhotoReadError error);
     void onSaved(const setting& st, const SaveResult& result);
     void stopWorkerThread();        // BrisaQT_thread.cpp
 

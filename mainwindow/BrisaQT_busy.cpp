@@ -125,7 +125,7 @@ void BrisaQT::onPhotoLoaded(const QString& path, const LoadedPhoto& loaded)
     emit photographOpenEnded(path, true);
 }
 
-void BrisaQT::onPhotoLoadFailed(const QString& path, const QString& reason)
+void BrisaQT::onPhotoLoadFailed(const QString& path, const QString& reason, PhotoReadError error)
 {
     printf("open: %s cannot be read (%s), the picture stays\n", path.toLocal8Bit().constData(),
            reason.toLocal8Bit().constData());
@@ -143,8 +143,12 @@ void BrisaQT::onPhotoLoadFailed(const QString& path, const QString& reason)
     m_quickPreviewShown = false;
     setEditingEnabled(true);
     endBusy();
+    // A photograph over the pixel cap is refused whichever way it came, and
+    // the user is told why: it is a real photograph, only too large.
+    if (error == PhotoReadError::TooLarge)
+        showNotice(tr("图片太大，无法打开(最多 %1 万像素)。").arg(kMaxPhotoPixels / 10000));
     // The add button's failure warning, once the file proved unreadable.
-    if (path == m_addBtnOpenPath)
+    else if (path == m_addBtnOpenPath)
         QMessageBox::warning(this, tr("警告"), tr("打开图片失败!"), QMessageBox::Ok);
     emit photographOpenEnded(path, false);
 }

@@ -3,6 +3,7 @@
 // scene switch and the compare. Every expected picture is computed with the
 // grading engine called directly.
 #include "EditorSession.h"
+#include "FileBytes.h"
 #include "FitRule.h"
 #include "GlobalConstants.h"
 #include "GradingTestSupport.h"
@@ -160,6 +161,23 @@ private slots:
             QVERIFY(s().doc().m_filePath == path && view()->pixmap(Qt::ReturnByValue).cacheKey() == shown);
         }
         QCOMPARE(answerer.unexpectedCount(), 0);
+
+        // A photograph over the pixel cap (its frame claims 65000 x 65000)
+        // is refused before decoding, with a notice that says why, also when
+        // it came from the gallery.
+        QByteArray huge = fileBytes(QStringLiteral(MELO_SAMPLES_DIR "/rocket.jpg"));
+        const int frame = huge.indexOf("\xFF\xC0");
+        QVERIFY(frame > 0);
+        huge.replace(frame + 5, 4, QByteArray("\xFD\xE8\xFD\xE8", 4));
+        const QString hugePath = QFileInfo(path).dir().filePath(QStringLiteral("huge.jpg"));
+        QVERIFY(writeFileBytes(hugePath, huge));
+        answerer.answer(QMessageBox::Yes);
+        QSignalSpy ended(&s().window(), &BrisaQT::photographOpenEnded);
+        s().window().openAdjustment(hugePath);
+        QVERIFY(answerer.waitAllAnswered());
+        QVERIFY(!ended.isEmpty() && !ended.constLast().at(1).toBool());
+        QCOMPARE(answerer.seen().constLast().text, QStringLiteral("图片太大，无法打开(最多 20000 万像素)。"));
+        QVERIFY(s().doc().m_filePath == path && view()->pixmap(Qt::ReturnByValue).cacheKey() == shown);
     }
 
     // Top 2 and down 5 of scene 1 apply files 2 and 13 in that order, each
