@@ -26,8 +26,8 @@ QStringList photoFileFilters()
         patterns << QStringLiteral("*.%1").arg(QLatin1String(extension));
     for (const char* extension : kExtensions)
         patterns << QStringLiteral("*.%1").arg(QString::fromLatin1(extension).toUpper());
-    return {QStringLiteral("Photographs (%1)").arg(patterns.join(QLatin1Char(' '))),
-            QStringLiteral("All files (*)")};
+    // In Chinese, as the rest of the window and Qt's own file dialog are.
+    return {QStringLiteral("所有照片 (%1)").arg(patterns.join(QLatin1Char(' '))), QStringLiteral("所有文件 (*)")};
 }
 
 bool looksLikePhoto(const QByteArray& head)

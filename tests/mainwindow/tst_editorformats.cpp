@@ -2,6 +2,7 @@
 // at its size and saves; the add button offers them after its own first
 // filter; a photograph dropped on the window opens (entering the editor from
 // a page), anything else dropped changes nothing.
+#include "BusyBanner.h"
 #include "EditorSession.h"
 #include "FileBytes.h"
 #include "FormatSamples.h"
@@ -21,6 +22,7 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QWebEngineView>
 
 #include <opencv2/imgcodecs.hpp>
@@ -141,6 +143,49 @@ private slots:
             QVERIFY(header->exifSegment.contains("Test Body 24") && header->exifSegment.contains("Melo Optics"));
     }
 
+    // Developing a camera's RAW file or decoding a HEIC takes a while: the
+    // window's timers keep running meanwhile, and the editor says what it is
+    // opening, with a busy cursor.
+    void slowOpenKeepsTheWindowAlive_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::newRow("HEIC") << "heic";
+        QTest::newRow("DNG") << "dng";
+    }
+    void slowOpenKeepsTheWindowAlive()
+    {
+        QFETCH(QString, format);
+        const QString dir = QDir::tempPath() + QStringLiteral("/photos/风光");
+        const QString path = dir + QStringLiteral("/large.") + format;
+        cv::Mat large;
+        cv::resize(coffee(), large, cv::Size(3000, 2000), 0, 0, cv::INTER_CUBIC);
+        QVERIFY(writeFormatSample(path, large, 1));
+
+        BrisaQT& window = s().window();
+        int ticks = 0;
+        bool shownBusy = true;
+        QTimer tick;
+        tick.setInterval(10);
+        connect(&tick, &QTimer::timeout, [&] {
+            if (!window.isOpening())
+                return;
+            ++ticks;
+            auto* banner = s().find<BusyBanner>("busyBanner");
+            shownBusy = shownBusy && banner && banner->isVisible() && banner->text().contains("large." + format)
+                        && s().find<QWidget>("myWidget")->cursor().shape() == Qt::BusyCursor;
+        });
+        tick.start();
+        QSignalSpy ended(&window, &BrisaQT::photographOpenEnded);
+        window.openAdjustment(path);
+        QVERIFY(ended.wait(60000));
+        tick.stop();
+        QCOMPARE(ended.constLast().at(1).toBool(), true);
+        QVERIFY2(ticks >= 5, qPrintable(QString::number(ticks)));
+        QVERIFY(shownBusy);
+        QCOMPARE(s().doc().m_srcMat.cols, 3000);
+        QVERIFY(s().find<QWidget>("myWidget")->cursor().shape() != Qt::BusyCursor);
+    }
+
     // A cut-off HEIC or RAW chosen with the add button: the warning of an
     // unreadable file, and the photograph already open stays.
     void unreadable_data()
@@ -196,7 +241,7 @@ private slots:
         for (const char* pattern : {"*.heic", "*.HEIC", "*.avif", "*.webp", "*.jpeg", "*.tif", "*.dng", "*.NEF", "*.cr3"})
             QVERIFY2(filters.value(1).contains(QLatin1String(pattern) + QLatin1Char(' ')) ||
                      filters.value(1).contains(QLatin1String(pattern) + QLatin1Char(')')), pattern);
-        QCOMPARE(filters.value(2), QStringLiteral("All files (*)"));
+        QCOMPARE(filters.value(2), QStringLiteral("所有文件 (*)"));
         QTRY_COMPARE(s().doc().m_filePath, heic);  // opened in the background
     }
 
