@@ -12,6 +12,7 @@
 #include <QStandardPaths>
 #include <QTest>
 #include <QThread>
+#include <QTimer>
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -90,12 +91,22 @@ double medianMs(int runs, const std::function<void()>& work)
     return median(times);
 }
 
-double openAndWait(BrisaQT& window, const QString& path, double* firstPictureMs)
+double openAndWait(BrisaQT& window, const QString& path, double* firstPictureMs, double* maxStallMs)
 {
     QElapsedTimer clock;
     double first = -1;
     double end = -1;
     bool opened = false;
+    double lastTick = 0;
+    double longestGap = 0;
+    QTimer tick;
+    tick.setTimerType(Qt::PreciseTimer);
+    tick.setInterval(10);
+    QObject::connect(&tick, &QTimer::timeout, [&] {
+        const double now = double(clock.nsecsElapsed()) / 1e6;
+        longestGap = std::max(longestGap, now - lastTick);
+        lastTick = now;
+    });
     const QMetaObject::Connection shown = QObject::connect(&window, &BrisaQT::photographPreviewShown, [&] {
         first = double(clock.nsecsElapsed()) / 1e6;
     });
@@ -106,12 +117,16 @@ double openAndWait(BrisaQT& window, const QString& path, double* firstPictureMs)
     });
     QSignalSpy spy(&window, &BrisaQT::photographOpenEnded);
     clock.start();
+    tick.start();
     window.openAdjustment(path);
     spy.wait(60000);
+    tick.stop();
     QObject::disconnect(shown);
     QObject::disconnect(ended);
     if (firstPictureMs)
         *firstPictureMs = first < 0 ? end : first;
+    if (maxStallMs)
+        *maxStallMs = std::max(longestGap, end - lastTick);
     return opened ? end : -1;
 }
 

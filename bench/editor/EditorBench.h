@@ -43,8 +43,11 @@ double medianMs(int runs, const std::function<void()>& work);
 // Opens a photograph as the gallery hands it over and waits until the
 // background open has ended; returns the milliseconds to that end, and in
 // `firstPictureMs` those to the first picture shown (the quick preview, or
-// the photograph itself when it has none). Negative when it failed.
-double openAndWait(BrisaQT& window, const QString& path, double* firstPictureMs = nullptr);
+// the photograph itself when it has none), and in `maxStallMs` the longest
+// gap between two ticks of a 10 ms GUI timer meanwhile. Negative when it
+// failed.
+double openAndWait(BrisaQT& window, const QString& path, double* firstPictureMs = nullptr,
+                   double* maxStallMs = nullptr);
 // Clicks a preset button of the window by its object name.
 void checkPreset(BrisaQT& window, const char* name);
 // Describes the run's conditions on standard error (load, cores).
