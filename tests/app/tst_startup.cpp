@@ -258,8 +258,8 @@ private slots:
     // termination signal during the version check, during the unpack, in the
     // download-folder loop, during an endless or a stalled download, hidden
     // in the tray (where closing a notice first must not end the program); and the
-    // window's own close, shown or hidden, which nothing but the window's
-    // close ends the program with.
+    // window's own close, shown or hidden or during a stalled download, which
+    // nothing but the window's close ends the program with.
     void quitEndsCleanly_data()
     {
         QTest::addColumn<int>("initDelayMs");      // the version check's wait
@@ -286,6 +286,10 @@ private slots:
         QTest::newRow("closed by the page") << 0 << false << closeLater << QString() << false;
         QTest::newRow("closed by the page while hidden")
             << 0 << false << "app.onMinSystemTray();" + closeLater << QString() << false;
+        // No signal: the close itself has to abort the transfer.
+        QTest::newRow("closed by the page during a stalled download")
+            << 0 << false << download.arg("location.origin + \"/test/stall?ms=600000\"") + closeLater
+            << QString::fromUtf8("notice:系统设置") << false;
     }
     void quitEndsCleanly()
     {
@@ -366,6 +370,8 @@ private slots:
         QVERIFY(melo->waitForFinished(15000));
         QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
         QVERIFY(melo->exitStatus() == QProcess::NormalExit && melo->exitCode() == 0);
+        // Transfers were aborted, not left running while libcurl went.
+        QVERIFY(!m_runs.lastLog().contains("downloads still running at exit"));
         QTest::qWait(500);  // an extractor left running would have written again
         QVERIFY(!QFileInfo::exists(presetFolder()));
         QCOMPARE(QDir(saved.path()).entryList(QDir::Files), QStringList());  // no partial download

@@ -89,6 +89,8 @@ private slots:
         const QString saved = s().saveFolder() + "/cut." + format.toLower();
         QVERIFY(sameImage(cv::imread(saved.toLocal8Bit().constData(), cv::IMREAD_UNCHANGED),
                           replayCrops(full, s().doc().m_cropRects)));
+        // Nothing of the full-resolution work is kept once it is written.
+        QVERIFY(s().doc().m_orgMat.data == s().doc().m_srcMat.data);
 
         // Undoing the crops returns to the whole preview with the checked
         // presets applied again (none after a smart pick).

@@ -80,6 +80,8 @@ public:
     }
 
     QProcess* first() const { return m_processes.front().get(); }
+    // What the last copy started has written so far.
+    QByteArray lastLog() const { return m_processes.empty() ? QByteArray() : fileBytes(logPath(m_processes.size() - 1)); }
 
     // Ends every copy, asked to quit first when `gently`, else killed.
     void endAll(bool gently)
