@@ -5,7 +5,9 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 
-#ifndef Q_OS_WIN
+#ifdef Q_OS_WIN
+#include <windows.h>
+#else
 #include "PresetFolder.h"
 
 #include <QFile>
@@ -100,6 +102,11 @@ bool SingleInstanceGuard::askRunningCopyToShow(int timeoutMs)
 {
     if (showRequestServerName().isEmpty())
         return false;
+#ifdef Q_OS_WIN
+    // Windows lets only the process the user just started bring a window to
+    // the front; this copy hands that right on to the running one.
+    AllowSetForegroundWindow(ASFW_ANY);
+#endif
     QLocalSocket socket;
     socket.connectToServer(showRequestServerName());
     if (!socket.waitForConnected(timeoutMs))
