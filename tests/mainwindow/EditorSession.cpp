@@ -1,5 +1,6 @@
 #include "EditorSession.h"
 
+#include "BusyBanner.h"
 #include "GlobalConstants.h"
 #include "PresetFolder.h"
 #include "SettingsStore.h"
@@ -102,4 +103,20 @@ bool EditorSession::open(const QString& path)
     QSignalSpy ended(m_window.get(), &BrisaQT::photographOpenEnded);
     m_window->openAdjustment(path);
     return ended.wait(30000) && ended.constLast().at(1).toBool();
+}
+
+BusyWatch::BusyWatch(EditorSession& session, std::function<bool()> busy, const QString& name,
+                     std::function<void()> atFirstTick)
+{
+    m_timer.setInterval(10);
+    QObject::connect(&m_timer, &QTimer::timeout, [this, &session, busy, name, atFirstTick] {
+        if (!busy())
+            return;
+        if (m_ticks++ == 0 && atFirstTick)
+            atFirstTick();
+        auto* banner = session.find<BusyBanner>("busyBanner");
+        m_shownBusy = m_shownBusy && banner && banner->isVisible() && banner->text().contains(name)
+                      && session.find<QWidget>("myWidget")->cursor().shape() == Qt::BusyCursor;
+    });
+    m_timer.start();
 }

@@ -11,7 +11,9 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QTimer>
 
+#include <functional>
 #include <memory>
 
 class QWidget;
@@ -74,4 +76,23 @@ private:
     QTemporaryDir m_saveFolder;
     QString m_saveFolderPath;
     std::unique_ptr<BrisaQT> m_window;
+};
+
+// A 10 ms timer that counts its ticks while `busy` holds (the window runs
+// its timers while it works) and notes whether every one of them found the
+// editor saying so: the busy banner naming `name`, the busy cursor. Runs
+// from construction; `atFirstTick` runs once, on the first busy tick.
+class BusyWatch
+{
+public:
+    BusyWatch(EditorSession& session, std::function<bool()> busy, const QString& name,
+              std::function<void()> atFirstTick = {});
+
+    int ticks() const { return m_ticks; }
+    bool shownBusy() const { return m_shownBusy; }
+
+private:
+    QTimer m_timer;
+    int m_ticks = 0;
+    bool m_shownBusy = true;
 };

@@ -83,36 +83,21 @@ private slots:
         for (int i = 0; i < 3; ++i)
             answerer.answer(QMessageBox::Yes);
         BrisaQT& window = s().window();
-        auto* banner = s().find<BusyBanner>("busyBanner");
-        int ticks = 0;
         bool refused = false;
-        bool shownBusy = true;
-        QTimer tick;
-        tick.setInterval(10);
-        connect(&tick, &QTimer::timeout, [&] {
-            if (!window.isSaving())
-                return;
-            ++ticks;
-            banner = s().find<BusyBanner>("busyBanner");
-            shownBusy = shownBusy && banner && banner->isVisible() && banner->text().contains("big-graded.jpg")
-                        && s().find<QWidget>("myWidget")->cursor().shape() == Qt::BusyCursor;
-            if (!refused) {
-                refused = true;
-                setting again = saveRecord(s().saveFolder());
-                window.start_timer_event(again);
-                window.openAdjustment(other);
-            }
+        BusyWatch watch(s(), [&] { return window.isSaving(); }, "big-graded.jpg", [&] {
+            refused = true;
+            setting again = saveRecord(s().saveFolder());
+            window.start_timer_event(again);
+            window.openAdjustment(other);
         });
-        tick.start();
         QSignalSpy ended(&window, &BrisaQT::saveEnded);
         setting st = saveRecord(s().saveFolder());
         window.start_timer_event(st);
         QVERIFY(ended.wait(60000));
         QVERIFY(answerer.waitAllAnswered(10000));
-        tick.stop();
 
-        QVERIFY2(ticks >= 5, qPrintable(QString::number(ticks)));
-        QVERIFY(refused && shownBusy);
+        QVERIFY2(watch.ticks() >= 5, qPrintable(QString::number(watch.ticks())));
+        QVERIFY(refused && watch.shownBusy());
         QStringList texts;
         for (const ModalAnswerer::Seen& seen : answerer.seen())
             texts << seen.text;
@@ -120,7 +105,7 @@ private slots:
                      && texts.contains(QStringLiteral("保存文件成功！")),
                  qPrintable(texts.join(" | ")));
         QCOMPARE(s().doc().m_filePath, photo);   // the change was refused
-        QVERIFY(!window.isOpening() && !banner->isVisible());
+        QVERIFY(!window.isOpening() && !s().find<BusyBanner>("busyBanner")->isVisible());
         QVERIFY(s().find<QWidget>("myWidget")->cursor().shape() != Qt::BusyCursor);
         QVERIFY(fileBytes(s().saveFolder() + "/big-graded.jpg") == expected);
         QCOMPARE(QDir(s().saveFolder()).entryList(QDir::Files), QStringList{"big-graded.jpg"});

@@ -2,7 +2,6 @@
 // at its size and saves; the add button offers them after its own first
 // filter; a photograph dropped on the window opens (entering the editor from
 // a page), anything else dropped changes nothing.
-#include "BusyBanner.h"
 #include "EditorSession.h"
 #include "FileBytes.h"
 #include "FormatSamples.h"
@@ -22,7 +21,6 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QTimer>
 #include <QWebEngineView>
 
 #include <opencv2/imgcodecs.hpp>
@@ -162,26 +160,13 @@ private slots:
         QVERIFY(writeFormatSample(path, large, 1));
 
         BrisaQT& window = s().window();
-        int ticks = 0;
-        bool shownBusy = true;
-        QTimer tick;
-        tick.setInterval(10);
-        connect(&tick, &QTimer::timeout, [&] {
-            if (!window.isOpening())
-                return;
-            ++ticks;
-            auto* banner = s().find<BusyBanner>("busyBanner");
-            shownBusy = shownBusy && banner && banner->isVisible() && banner->text().contains("large." + format)
-                        && s().find<QWidget>("myWidget")->cursor().shape() == Qt::BusyCursor;
-        });
-        tick.start();
+        BusyWatch watch(s(), [&] { return window.isOpening(); }, "large." + format);
         QSignalSpy ended(&window, &BrisaQT::photographOpenEnded);
         window.openAdjustment(path);
         QVERIFY(ended.wait(60000));
-        tick.stop();
         QCOMPARE(ended.constLast().at(1).toBool(), true);
-        QVERIFY2(ticks >= 5, qPrintable(QString::number(ticks)));
-        QVERIFY(shownBusy);
+        QVERIFY2(watch.ticks() >= 5, qPrintable(QString::number(watch.ticks())));
+        QVERIFY(watch.shownBusy());
         QCOMPARE(s().doc().m_srcMat.cols, 3000);
         QVERIFY(s().find<QWidget>("myWidget")->cursor().shape() != Qt::BusyCursor);
     }
