@@ -2,7 +2,7 @@
 // header before decoding, so a small file claiming a huge picture leaves the
 // process's peak memory where it was.
 #include "AvatarPicture.h"
-#include "FileBytes.h"
+#include "PeakMemory.h"
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
@@ -13,26 +13,6 @@
 #include <QTest>
 
 namespace {
-
-// The process's peak resident memory (VmHWM) in MiB.
-qint64 peakResidentMib()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').first().toLongLong() / 1024;
-    }
-    return -1;
-}
-
-// Makes the current resident memory the new peak.
-bool resetPeakResident()
-{
-    QFile clear(QStringLiteral("/proc/self/clear_refs"));
-    return clear.open(QIODevice::WriteOnly) && clear.write("5") == 1;
-}
 
 QByteArray svg(int side)
 {
@@ -88,12 +68,12 @@ private slots:
         QFETCH(QString, name);
         QFETCH(QSize, size);
         QVERIFY(resetPeakResident());
-        const qint64 before = peakResidentMib();
+        const qint64 before = peakResidentKiB() / 1024;
         QString why;
         const QImage picture = readAvatarPicture(m_dir.filePath(name), &why);
         QCOMPARE(picture.size(), size);
         QCOMPARE(why.isEmpty(), !size.isEmpty());
-        const qint64 growth = peakResidentMib() - before;
+        const qint64 growth = peakResidentKiB() / 1024 - before;
         QVERIFY2(before > 0 && growth < 64, qPrintable(QStringLiteral("peak grew by %1 MiB").arg(growth)));
     }
 };

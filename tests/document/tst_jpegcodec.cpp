@@ -3,6 +3,8 @@
 // restart markers, grey), at every decode scale; bytes, not just pixels, for
 // the encoder. What it does not handle (CMYK, broken data) comes back empty for
 // the general decoder, which the reader then uses.
+#include "FileBytes.h"
+#include "ImageCompare.h"
 #include "JpegCodec.h"
 #include "JpegSegments.h"
 #include "PhotoReader.h"
@@ -17,20 +19,9 @@
 
 namespace {
 
-QByteArray fileBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 cv::Mat openCvDecode(const QByteArray& bytes, int flags)
 {
     return cv::imdecode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())), flags);
-}
-
-bool same(const cv::Mat& a, const cv::Mat& b)
-{
-    return a.size() == b.size() && a.type() == b.type() && cv::norm(a, b, cv::NORM_INF) == 0;
 }
 
 } // namespace
@@ -67,11 +58,11 @@ private slots:
         const QByteArray bytes = fileBytes(path);
         const cv::Mat full = decodeJpeg(bytes, 1, false, kMaxPhotoPixels);
         QCOMPARE(full.channels(), channels);
-        QVERIFY(same(full, openCvDecode(bytes, cv::IMREAD_UNCHANGED)));
+        QVERIFY(sameImage(full, openCvDecode(bytes, cv::IMREAD_UNCHANGED)));
         const int reduced[] = {cv::IMREAD_REDUCED_COLOR_2, cv::IMREAD_REDUCED_COLOR_4, cv::IMREAD_REDUCED_COLOR_8};
         for (int i = 0; i < 3; ++i) {
             const cv::Mat ours = decodeJpeg(bytes, 2 << i, true, kMaxPhotoPixels);
-            QVERIFY2(same(ours, openCvDecode(bytes, reduced[i] | cv::IMREAD_IGNORE_ORIENTATION)),
+            QVERIFY2(sameImage(ours, openCvDecode(bytes, reduced[i] | cv::IMREAD_IGNORE_ORIENTATION)),
                      qPrintable(QStringLiteral("1/%1").arg(2 << i)));
         }
         // The pixel cap counts the decoded size.
@@ -125,7 +116,7 @@ private slots:
         QVERIFY(decodeJpeg(bytes, 1, false, kMaxPhotoPixels).empty());
         const PhotoReadResult read = decodePhoto(bytes);
         QVERIFY(read);
-        QVERIFY(same(read.photo->pixels, openCvDecode(bytes, cv::IMREAD_UNCHANGED)));
+        QVERIFY(sameImage(read.photo->pixels, openCvDecode(bytes, cv::IMREAD_UNCHANGED)));
 
         QByteArray broken = fileBytes(m_dir.filePath("grey.jpg"));
         QVERIFY(!broken.isEmpty());

@@ -5,6 +5,7 @@
 // at once, and failed writes that leave an existing file alone.
 #include "DisplayProfile.h"
 #include "FileBytes.h"
+#include "ImageCompare.h"
 #include "ImageDocument.h"
 #include "LutApply.h"
 #include "PhotoReader.h"
@@ -98,11 +99,6 @@ cv::Mat withAlphaRamp(const cv::Mat& colour)
     cv::Mat out;
     cv::merge(std::vector<cv::Mat>{colour, alpha}, out);
     return out;
-}
-
-bool samePixels(const cv::Mat& a, const cv::Mat& b)
-{
-    return a.size() == b.size() && a.type() == b.type() && cv::norm(a, b, cv::NORM_INF) == 0;
 }
 
 } // namespace
@@ -211,7 +207,7 @@ private slots:
         QVERIFY(meanDifference(shown, rocket.photo->pixels) > 3.0);
 
         // With alpha: the colours converted alike, the alpha untouched.
-        QVERIFY(samePixels(display->toSrgb(withAlphaRamp(rocket.photo->pixels)), withAlphaRamp(shown)));
+        QVERIFY(sameImage(display->toSrgb(withAlphaRamp(rocket.photo->pixels)), withAlphaRamp(shown)));
 
         QVERIFY(!DisplayProfile::forProfile(fileBytes(kSrgb)));
         QVERIFY(!DisplayProfile::forProfile(QByteArray()));
@@ -242,7 +238,7 @@ private slots:
         const PhotoReadResult back = readPhoto(out);
         QVERIFY(back);
         if (PhotoFormat(format) != PhotoFormat::Jpeg) {
-            QVERIFY(samePixels(back.photo->pixels, pixels));
+            QVERIFY(sameImage(back.photo->pixels, pixels));
             return;
         }
         cv::Mat colour = pixels, expected;
@@ -287,14 +283,14 @@ private slots:
 
         const PhotoReadResult back = readPhoto(out);
         QVERIFY(back);
-        QVERIFY(samePixels(back.photo->pixels, pixels));
+        QVERIFY(sameImage(back.photo->pixels, pixels));
         QCOMPARE(back.photo->iccProfile, fileBytes(kAdobeRgb));
 
         QByteArray identified;
         QVERIFY(run("identify", {"-format", "%w %h %z %[channels]", out}, &identified));
         QTEST(QString::fromLatin1(identified), "identified");
         QVERIFY(run("convert", {out, path("layout-im.png")}));
-        QVERIFY(samePixels(imread(path("layout-im.png")), pixels));
+        QVERIFY(sameImage(imread(path("layout-im.png")), pixels));
     }
 
     // Refused at once, with the reason, before a pixel is decoded.
@@ -449,7 +445,7 @@ private slots:
         cv::Mat top, expected;
         cv::addWeighted(source, 0.0, table(source), 1.0, 1.0, top);
         cv::addWeighted(top, 1.0 - double(0.7f), table(top), double(0.7f), 1.0, expected);
-        QVERIFY(samePixels(saved, expected));
+        QVERIFY(sameImage(saved, expected));
     }
 
     // A 1-pixel-wide crop keeps a thumbnail a preset button can show.

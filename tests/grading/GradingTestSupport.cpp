@@ -18,11 +18,6 @@ QByteArray cubeText(int size, const std::function<LutRgb(float, float, float)>& 
     return text;
 }
 
-bool sameImage(const cv::Mat& a, const cv::Mat& b)
-{
-    return a.size() == b.size() && a.type() == b.type() && (a.empty() || cv::norm(a, b, cv::NORM_INF) == 0);
-}
-
 cv::Mat everyColourImage()
 {
     cv::Mat image(4096, 4096, CV_8UC3);

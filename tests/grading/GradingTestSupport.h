@@ -2,6 +2,7 @@
 #pragma once
 
 #include "FileBytes.h"
+#include "ImageCompare.h"
 #include "LutApply.h"
 #include "StdoutCapture.h"
 
@@ -13,8 +14,6 @@
 // entries red fastest, each from colour(r, g, b) with r, g, b from 0 to 1.
 QByteArray cubeText(int size, const std::function<LutRgb(float, float, float)>& colour,
                     const QByteArray& header = QByteArray());
-
-bool sameImage(const cv::Mat& a, const cv::Mat& b);
 
 // A 4096 x 4096 BGR image holding every 8-bit colour exactly once.
 cv::Mat everyColourImage();

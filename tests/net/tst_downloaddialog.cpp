@@ -6,6 +6,7 @@
 #include "FileBytes.h"
 #include "GlobalConstants.h"
 #include "ModalAnswerer.h"
+#include "PeakMemory.h"
 #include "SettingsStore.h"
 #include "TestService.h"
 
@@ -26,14 +27,6 @@ const QString kBatchDone = QStringLiteral("多文件下载已经全部完成");
 
 QByteArray sampleBytes(const QString& name) { return fileBytes(QStringLiteral(MELO_SAMPLES_DIR "/") + name); }
 
-// Peak resident memory of this process so far, in KiB.
-qint64 peakResidentKiB()
-{
-    const QByteArray status = fileBytes(QStringLiteral("/proc/self/status"));
-    const int at = status.indexOf("VmHWM:");
-    return at < 0 ? -1 : status.mid(at + 6, status.indexOf('\n', at) - at - 6).trimmed().split(' ').first().toLongLong();
-}
-
 } // namespace
 
 class TestDownLoadDialog : public QObject
@@ -51,11 +44,12 @@ private slots:
         writeSettingValue(kProductKey, kDownLoadPath, m_folder);
     }
 
-    // First, while the peak is still the start-up's: the body streams to
-    // disk instead of being held, so a large download barely moves the peak.
+    // The body streams to disk instead of being held, so a large download
+    // barely moves the peak.
     void largeBodyKeepsMemoryFlat()
     {
         const qint64 bytes = 160 << 20;
+        QVERIFY(resetPeakResident());
         const qint64 before = peakResidentKiB();
         auto* dialog = new DownLoadDialog(nullptr, m_service.httpUrl(QStringLiteral("/test/large?bytes=%1").arg(bytes)),
                                           "large.bin", 1);
