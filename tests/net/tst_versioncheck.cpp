@@ -55,7 +55,6 @@ private slots:
         };
         QTest::newRow("same version") << TestService::Params{{"newversion", v}} << v << false << context;
         QTest::newRow("different") << TestService::Params{{"newversion", v}} << "2.2.0.1" << true << context;
-        QTest::newRow("not installed") << TestService::Params{{"newversion", v}} << QString() << true << context;
         QTest::newRow("no data") << TestService::Params{{"init-no-data", "1"}} << v << true << context;
         QTest::newRow("not JSON") << raw("<html>502 Bad Gateway</html>") << v << false << context;
         QTest::newRow("data is a list") << raw("{\"code\":200,\"data\":[1]}") << v << false << context;

@@ -100,7 +100,6 @@ private slots:
         QTest::addColumn<QPoint>("delta");
         QTest::newRow("16:9 bottom-right in") << 5 << 2 << 2 << QPoint(-150, -100);
         QTest::newRow("3:2 top-right in") << 4 << 2 << 0 << QPoint(-80, 61);
-        QTest::newRow("square bottom-right in") << 1 << 2 << 2 << QPoint(-3, -77);
     }
     void lockedResizeKeepsRatio()
     {
