@@ -105,6 +105,8 @@ std::optional<Photo> decodeHeif(const QByteArray& bytes, qint64 maxPixels, Decod
 
         const qint64 width = heif_image_handle_get_width(handle.get());
         const qint64 height = heif_image_handle_get_height(handle.get());
+        if (width <= 0 || height <= 0)
+            return fail(error, QStringLiteral("the image has no size"));
         if (overPixelCap(width, height, maxPixels))
             return fail(error, pixelCapReason(width, height, maxPixels), DecodeError::TooLarge);
 

@@ -35,11 +35,11 @@ struct DecodeError {
     QString reason;
 };
 
-// Whether a picture of width x height is more than maxPixels (or has no
-// size); the words every decoder refuses it with.
+// Whether a picture of width x height (both positive) is more than
+// maxPixels; the words every decoder refuses it with.
 inline bool overPixelCap(qint64 width, qint64 height, qint64 maxPixels)
 {
-    return width <= 0 || height <= 0 || width > maxPixels / height;
+    return width > maxPixels / height;
 }
 inline QString pixelCapReason(qint64 width, qint64 height, qint64 maxPixels)
 {

@@ -82,7 +82,7 @@ cv::Mat quickJpegPreview(const QByteArray& bytes)
         reduced = decodeJpeg(bytes, factor, true, kMaxPhotoPixels);
         if (reduced.empty())
             reduced = ImageCodecs::decode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())),
-                                   mode | cv::IMREAD_IGNORE_ORIENTATION);
+                                          mode | cv::IMREAD_IGNORE_ORIENTATION);
         if (reduced.empty())
             return cv::Mat();
         reduced = uprightPixels(reduced, header->orientation);

@@ -145,7 +145,7 @@ PhotoReadResult decodePhoto(const QByteArray& bytes, qint64 maxPixels)
     if (pixels.empty()) {
         try {
             pixels = ImageCodecs::decode(cv::Mat(1, bytes.size(), CV_8U, const_cast<char*>(bytes.constData())),
-                                  cv::IMREAD_UNCHANGED);
+                                         cv::IMREAD_UNCHANGED);
         } catch (const std::exception&) {  // cv::Exception and std::bad_alloc alike
             pixels.release();
         }

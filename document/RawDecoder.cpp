@@ -139,7 +139,9 @@ std::optional<Photo> develop(const QByteArray& bytes, qint64 maxPixels, bool hal
         const libraw_image_sizes_t& sizes = raw->imgdata.sizes;
         const qint64 sensor = qint64(sizes.raw_width) * sizes.raw_height;
         const qint64 picture = qint64(sizes.width) * sizes.height;
-        if (picture <= 0 || picture > maxPixels || sensor > maxPixels)
+        if (picture <= 0)
+            return fail(error, QStringLiteral("the image has no size"));
+        if (picture > maxPixels || sensor > maxPixels)
             return fail(error, pixelCapReason(sizes.width, sizes.height, maxPixels), DecodeError::TooLarge);
         if (fullSize) {
             // Flips 5 to 7 turn the picture a quarter.
