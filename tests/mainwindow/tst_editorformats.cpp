@@ -72,6 +72,14 @@ bool dropOn(QWidget* target, const QList<QUrl>& urls)
     return drop.isAccepted();
 }
 
+// The formats whose decoders are slow or fussy: a phone's HEIC, a camera's RAW.
+void slowFormatRows()
+{
+    QTest::addColumn<QString>("format");
+    QTest::newRow("HEIC") << "heic";
+    QTest::newRow("DNG") << "dng";
+}
+
 } // namespace
 
 class TestEditorFormats : public QObject
@@ -144,12 +152,7 @@ private slots:
     // Developing a camera's RAW file or decoding a HEIC takes a while: the
     // window's timers keep running meanwhile, and the editor says what it is
     // opening, with a busy cursor.
-    void slowOpenKeepsTheWindowAlive_data()
-    {
-        QTest::addColumn<QString>("format");
-        QTest::newRow("HEIC") << "heic";
-        QTest::newRow("DNG") << "dng";
-    }
+    void slowOpenKeepsTheWindowAlive_data() { slowFormatRows(); }
     void slowOpenKeepsTheWindowAlive()
     {
         QFETCH(QString, format);
@@ -173,12 +176,7 @@ private slots:
 
     // A cut-off HEIC or RAW chosen with the add button: the warning of an
     // unreadable file, and the photograph already open stays.
-    void unreadable_data()
-    {
-        QTest::addColumn<QString>("format");
-        QTest::newRow("HEIC") << "heic";
-        QTest::newRow("DNG") << "dng";
-    }
+    void unreadable_data() { slowFormatRows(); }
     void unreadable()
     {
         QFETCH(QString, format);
