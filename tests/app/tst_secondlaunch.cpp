@@ -75,15 +75,20 @@ private slots:
         QVERIFY(!window.isEmpty());
         // The program may map its window again while it takes in the iconic
         // state; a window manager then unmaps it again, and so does the test.
-        QTRY_VERIFY((iconify(window), first->waitForFinished(500),
-                     visibleWindowsOf(first->processId()).isEmpty()));
+        QVERIFY(holdsWithin(
+            [&] {
+                iconify(window);
+                first->waitForFinished(500);
+                return visibleWindowsOf(first->processId()).isEmpty();
+            },
+            10000, 2));
         QVERIFY(xdotool({"getwindowfocus"}) != window);
 
         QProcess* second = startMelo();
         QVERIFY(firstWindowOf(second).isEmpty());
         QVERIFY(exitedWith1(second));
-        QTRY_COMPARE(visibleWindowsOf(first->processId()), QStringList{window});
-        QTRY_COMPARE(xdotool({"getwindowfocus"}), window);
+        QVERIFY(holdsWithin([&] { return visibleWindowsOf(first->processId()) == QStringList{window}; }, 5000));
+        QVERIFY(holdsWithin([&] { return xdotool({"getwindowfocus"}) == window; }, 5000));
         QCOMPARE(first->state(), QProcess::Running);
     }
 

@@ -47,6 +47,25 @@ inline QString firstWindowOf(QProcess* process, int timeoutMs = 60000)
     return QString();
 }
 
+// Polls `look` until it holds `inARow` looks running (true), or the time
+// passes (false). For looks through xdotool: its search can miss a window
+// while another of the program's windows comes or goes, and a QTRY macro,
+// which looks once more after its loop, would fail on such a miss.
+template <typename Look>
+bool holdsWithin(Look look, int timeoutMs, int inARow = 1)
+{
+    QElapsedTimer clock;
+    clock.start();
+    int held = 0;
+    while (clock.elapsed() < timeoutMs) {
+        held = look() ? held + 1 : 0;
+        if (held >= inARow)
+            return true;
+        QTest::qWait(100);
+    }
+    return false;
+}
+
 inline xcb_atom_t internAtom(xcb_connection_t* connection, const char* name)
 {
     xcb_intern_atom_reply_t* reply =
